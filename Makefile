@@ -1,0 +1,54 @@
+# SPDX-License-Identifier: Apache-2.0
+# The front door. Every target installs the Debian packages it misses, then builds.
+#
+#   make run                     qm on README.md
+#   make run ARGS="info -s ."    qm with arguments of your own
+#   make test                    build and pass every test
+#   make bench                   print the table of measured ratios
+#   make install PREFIX=/usr     install what was built
+#   make format                  let clang-format rewrite the sources
+#   make fuzz                    fuzz every target for a minute
+
+ARGS ?= info README.md
+PREFIX ?= /usr/local
+BUILD := build/release
+
+.PHONY: all build run test bench fuzz install format clean
+
+all: build
+
+build:
+	@packaging/install-packages build >&2
+	@cmake --preset release >/dev/null
+	@cmake --build --preset release >&2
+
+run: build
+	@$(BUILD)/qm $(ARGS)
+
+test:
+	@packaging/install-packages build test
+	cmake --preset release
+	cmake --build --preset release
+	ctest --preset release
+
+bench:
+	@packaging/install-packages build bench
+	cmake --preset bench
+	cmake --build --preset bench
+	bench/run build/bench
+
+fuzz:
+	@packaging/install-packages build check
+	cmake --preset fuzz
+	cmake --build --preset fuzz
+	fuzz/run build/fuzz 60
+
+install: build
+	cmake --install $(BUILD) --prefix $(PREFIX)
+
+format:
+	@packaging/install-packages check
+	git ls-files '*.h' '*.cpp' | xargs clang-format -i
+
+clean:
+	rm -rf build

@@ -1,0 +1,27 @@
+# SPDX-License-Identifier: Apache-2.0
+# Third-party libraries, all Debian packages; docs/dependencies.md gives the reasons.
+#
+# What `qm` needs at every start is linked statically where Debian ships an archive: resolving
+# and relocating these shared libraries costs more time than hashing a small file.
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+find_package(nlohmann_json 3.11 REQUIRED)
+find_package(fmt 9 REQUIRED)
+
+# qm_static_library(TARGET HEADER ARCHIVE...): an interface target over static archives.
+function(qm_static_library target header)
+  add_library(${target} INTERFACE)
+  find_path(${target}_INCLUDE_DIR ${header} REQUIRED)
+  target_include_directories(${target} SYSTEM INTERFACE ${${target}_INCLUDE_DIR})
+  foreach(name IN LISTS ARGN)
+    find_library(${target}_${name} lib${name}.a REQUIRED)
+    target_link_libraries(${target} INTERFACE ${${target}_${name}})
+  endforeach()
+  target_link_libraries(${target} INTERFACE Threads::Threads ${CMAKE_DL_LIBS})
+endfunction()
+
+qm_static_library(qm_icu unicode/utypes.h icui18n icuuc icudata)
+qm_static_library(qm_crypto openssl/sha.h crypto)
+
+pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
+pkg_check_modules(GLIB REQUIRED IMPORTED_TARGET glib-2.0)

@@ -1,0 +1,27 @@
+# SPDX-License-Identifier: Apache-2.0
+# qm_options carries the language level, the warning set, the hardening and the sanitizers.
+# Every target of ours links it; nothing is set globally.
+add_library(qm_options INTERFACE)
+target_compile_features(qm_options INTERFACE cxx_std_20)
+target_include_directories(qm_options INTERFACE "${PROJECT_SOURCE_DIR}")
+
+target_compile_options(qm_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wcast-qual -Wformat=2 -Wundef
+  -Wimplicit-fallthrough -Wextra-semi -Wunused
+  $<$<BOOL:${QM_WARNINGS_AS_ERRORS}>:-Werror>)
+
+# Sections let the linker drop what the small executable does not use.
+target_compile_options(qm_options INTERFACE
+  -fPIC -ffunction-sections -fdata-sections -fstack-protector-strong -fstack-clash-protection
+  -fcf-protection)
+target_compile_definitions(qm_options INTERFACE _FILE_OFFSET_BITS=64 _GLIBCXX_ASSERTIONS
+  $<$<AND:$<NOT:$<CONFIG:Debug>>,$<NOT:$<BOOL:${QM_SANITIZE}>>>:_FORTIFY_SOURCE=2>)
+target_link_options(qm_options INTERFACE
+  -Wl,--gc-sections -Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+
+if(QM_SANITIZE)
+  target_compile_options(qm_options INTERFACE
+    -fsanitize=${QM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(qm_options INTERFACE -fsanitize=${QM_SANITIZE})
+endif()
