@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/Data.h"
+
+#include <array>
+#include <cstddef>
+
+/// Message digests (RFC 1321, FIPS 180-4) and HMAC (RFC 2104).
+namespace platform::Digest {
+
+inline constexpr std::size_t md5Length = 16;
+inline constexpr std::size_t sha1Length = 20;
+inline constexpr std::size_t sha256Length = 32;
+inline constexpr std::size_t sha512Length = 64;
+
+/// One running digest of `Length` bytes: initialised by its constructor, fed in pieces, finished
+/// once. Cheap to make; needs no memory of its own and cannot fail.
+template <std::size_t Length>
+class Context {
+public:
+    Context();
+    void update(DataView bytes);
+    /// The digest of all bytes so far. The context may not be used afterwards.
+    [[nodiscard]] std::array<std::byte, Length> finish();
+
+private:
+    // As large as the largest state of the four algorithms, so that it can live on the stack.
+    alignas(16) std::array<std::byte, 256> m_state{};
+};
+
+using MD5 = Context<md5Length>;
+using SHA1 = Context<sha1Length>;
+using SHA256 = Context<sha256Length>;
+using SHA512 = Context<sha512Length>;
+
+/// HMAC with SHA-256 of `message` under `key`; both may be empty.
+[[nodiscard]] std::array<std::byte, sha256Length> hmacSHA256(DataView key, DataView message);
+
+} // namespace platform::Digest

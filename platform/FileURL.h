@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+/// The location of a file as a "file:" URL (RFC 8089). The path is bytes; bytes that may not stand
+/// in a URL are percent-encoded in its text form, so that every path survives the round trip.
+class FileURL {
+public:
+    /// The URL of `path`; a relative path is taken from the current directory. Trailing slashes
+    /// go, except from "/"; "." and ".." stay.
+    [[nodiscard]] static FileURL fromPath(std::string_view path);
+
+    /// Parses an absolute "file:" URL of this computer (no host, or "localhost"). nullopt for
+    /// everything else: other schemes, foreign hosts, damaged escapes, an escaped NUL or slash.
+    [[nodiscard]] static std::optional<FileURL> parse(std::string_view text);
+
+    /// The path that the URL names, never empty, without trailing slash except for "/".
+    [[nodiscard]] const std::string& path() const { return m_path; }
+
+    /// The last component of the path; "/" for the root.
+    [[nodiscard]] std::string lastPathComponent() const;
+
+    /// The URL's text: "file://" and the percent-encoded path.
+    [[nodiscard]] std::string absoluteString() const;
+
+    friend bool operator==(const FileURL&, const FileURL&) = default;
+
+private:
+    explicit FileURL(std::string path) : m_path(std::move(path)) {}
+    std::string m_path;
+};
+
+} // namespace platform

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace platform {
+
+/// A JSON value (RFC 8259) whose objects keep their members in the order of insertion.
+class Json {
+public:
+    using Array = std::vector<Json>;
+    using Object = std::vector<std::pair<std::string, Json>>;
+    using Value =
+        std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double, std::string, Array,
+                     Object>;
+
+    Json() = default;
+    // NOLINTBEGIN(google-explicit-constructor): a value of each kind is a JSON value
+    Json(std::nullptr_t) {}
+    Json(bool value) : m_value(value) {}
+    Json(std::int64_t value) : m_value(value) {}
+    Json(std::uint64_t value) : m_value(value) {}
+    Json(double value) : m_value(value) {}
+    Json(std::string value) : m_value(std::move(value)) {}
+    Json(const char* value) : m_value(std::string(value)) {}
+    Json(Array value) : m_value(std::move(value)) {}
+    Json(Object value) : m_value(std::move(value)) {}
+    // NOLINTEND(google-explicit-constructor)
+
+    [[nodiscard]] const Value& value() const { return m_value; }
+
+    /// Serialises to indented text (two blanks a level, no final line break). Bytes of texts that
+    /// are not UTF-8 become U+FFFD. Fails, with the reason in `error`, for a top level that is
+    /// neither object nor array, for numbers that are not finite, and beyond 512 levels.
+    [[nodiscard]] std::optional<std::string> serialized(std::string& error) const;
+
+private:
+    Value m_value = nullptr;
+};
+
+} // namespace platform

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/Data.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+namespace platform {
+
+/// A property-list value. Texts are UTF-8 without NUL. Dictionaries are ordered by key. Integers
+/// beyond 2^63 - 1 wrap around.
+class PropertyList {
+public:
+    /// Seconds since 2001-01-01 00:00:00 UTC, as property lists keep dates.
+    struct AbsoluteTime {
+        double seconds = 0;
+        friend bool operator==(const AbsoluteTime&, const AbsoluteTime&) = default;
+    };
+    /// A reference to another object of a keyed archive, by index.
+    struct UID {
+        std::uint64_t index = 0;
+        friend bool operator==(const UID&, const UID&) = default;
+    };
+    using Array = std::vector<PropertyList>;
+    using Dictionary = std::map<std::string, PropertyList, std::less<>>;
+    using Value = std::variant<bool, std::int64_t, double, std::string, Data, AbsoluteTime,
+                               UID, Array, Dictionary>;
+
+    enum class Format { binary, xml };
+
+    // NOLINTBEGIN(google-explicit-constructor): a value of each kind is a property list
+    PropertyList(Value value) : m_value(std::move(value)) {}
+    PropertyList(std::int64_t number) : m_value(number) {}
+    PropertyList(UID reference) : m_value(reference) {}
+    PropertyList(Data bytes) : m_value(std::move(bytes)) {}
+    PropertyList(std::string text) : m_value(std::move(text)) {}
+    PropertyList(const char* text) : m_value(std::string(text)) {}
+    PropertyList(Array array) : m_value(std::move(array)) {}
+    PropertyList(Dictionary dictionary) : m_value(std::move(dictionary)) {}
+    // NOLINTEND(google-explicit-constructor)
+
+    /// Reads a binary or XML property list. nullopt for everything else, for damaged ones, for
+    /// more than 16 MiB, and for values nested deeper than 128 levels or that would grow out of
+    /// proportion to their bytes. The bytes may be hostile.
+    [[nodiscard]] static std::optional<PropertyList> parse(DataView bytes);
+
+    /// Writes the value. Fails (empty bytes) beyond 128 levels and for texts that are not UTF-8.
+    [[nodiscard]] Data serialized(Format format) const;
+
+    [[nodiscard]] const Value& value() const { return m_value; }
+
+    /// The value when it is of the kind asked for, else null.
+    [[nodiscard]] const std::string* string() const { return std::get_if<std::string>(&m_value); }
+    [[nodiscard]] const Data* data() const { return std::get_if<Data>(&m_value); }
+    [[nodiscard]] const UID* uid() const { return std::get_if<UID>(&m_value); }
+    [[nodiscard]] const Array* array() const { return std::get_if<Array>(&m_value); }
+    [[nodiscard]] const Dictionary* dictionary() const {
+        return std::get_if<Dictionary>(&m_value);
+    }
+    /// The value under `key` when this is a dictionary that has it, else null.
+    [[nodiscard]] const PropertyList* valueForKey(std::string_view key) const;
+
+    friend bool operator==(const PropertyList&, const PropertyList&) = default;
+
+private:
+    Value m_value;
+};
+
+} // namespace platform

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/Collation.h"
+
+#include "platform/linux/Icu.h"
+#include "platform/linux/Locale.h"
+#include "platform/linux/Utf8.h"
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+
+namespace platform::Collation {
+namespace {
+
+std::unique_ptr<icu::Collator> makeCollator() {
+    UErrorCode status = U_ZERO_ERROR;
+    const auto locale = icu::Locale::createCanonical(localeName("LC_COLLATE").c_str());
+    std::unique_ptr<icu::Collator> collator(icu::Collator::createInstance(locale, status));
+    if (U_FAILURE(status) != 0) {
+        return nullptr;
+    }
+    collator->setStrength(icu::Collator::SECONDARY);
+    return collator;
+}
+
+// ICU counts in 32 bits.
+constexpr std::size_t maximumLength = std::numeric_limits<int32_t>::max() / 4;
+
+icu::StringPiece piece(std::string_view text) {
+    const std::string_view head = text.substr(0, maximumLength);
+    return {head.data(), static_cast<int32_t>(head.size())};
+}
+
+bool isASCII(std::string_view text) {
+    return std::ranges::none_of(text, [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
+}
+
+std::string lowercaseASCII(std::string_view text) {
+    std::string result(text);
+    std::ranges::transform(result, result.begin(), [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    });
+    return result;
+}
+
+} // namespace
+
+std::weak_ordering localizedCaseInsensitiveCompare(std::string_view first,
+                                                   std::string_view second) {
+    static const std::unique_ptr<const icu::Collator> collator = makeCollator();
+    if (!collator) {
+        return lowercase(first) <=> lowercase(second);
+    }
+    UErrorCode status = U_ZERO_ERROR;
+    const auto result = collator->compareUTF8(piece(first), piece(second), status);
+    if (result == UCOL_EQUAL) {
+        return std::weak_ordering::equivalent;
+    }
+    return result == UCOL_LESS ? std::weak_ordering::less : std::weak_ordering::greater;
+}
+
+std::string lowercase(std::string_view text) {
+    if (isASCII(text) || text.size() > maximumLength || !isUTF8(text)) {
+        return lowercaseASCII(text);
+    }
+    std::string result;
+    icu::UnicodeString::fromUTF8(piece(text)).toLower(icu::Locale::getRoot()).toUTF8String(result);
+    return result;
+}
+
+} // namespace platform::Collation

@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/FileURL.h"
+
+#include "platform/FileManager.h"
+#include "platform/PathString.h"
+
+namespace platform {
+namespace {
+
+constexpr std::string_view hexDigits = "0123456789ABCDEF";
+
+// pchar and "/" of RFC 3986, section 3.3.
+bool mayStandInPath(char c) {
+    const bool alphanumeric =
+        (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+    return alphanumeric || std::string_view("-._~!$&'()*+,;=:@/").find(c) != std::string_view::npos;
+}
+
+std::optional<unsigned> hexValue(char c) {
+    if (c >= '0' && c <= '9') {
+        return static_cast<unsigned>(c - '0');
+    }
+    if (c >= 'a' && c <= 'f') {
+        return static_cast<unsigned>(c - 'a') + 10;
+    }
+    if (c >= 'A' && c <= 'F') {
+        return static_cast<unsigned>(c - 'A') + 10;
+    }
+    return std::nullopt;
+}
+
+std::optional<std::string> percentDecoded(std::string_view text) {
+    std::string result;
+    result.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '%') {
+            result.push_back(text[i]);
+            continue;
+        }
+        if (text.size() - i < 3) {
+            return std::nullopt;
+        }
+        const auto high = hexValue(text[i + 1]);
+        const auto low = hexValue(text[i + 2]);
+        if (!high || !low) {
+            return std::nullopt;
+        }
+        const auto byte = static_cast<char>(*high * 16 + *low);
+        if (byte == '\0' || byte == '/') {
+            return std::nullopt;
+        }
+        result.push_back(byte);
+        i += 2;
+    }
+    return result;
+}
+
+bool consumePrefixIgnoringCase(std::string_view& text, std::string_view lowerCasePrefix) {
+    if (text.size() < lowerCasePrefix.size()) {
+        return false;
+    }
+    for (std::size_t i = 0; i < lowerCasePrefix.size(); ++i) {
+        const char c = text[i];
+        const char lower = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+        if (lower != lowerCasePrefix[i]) {
+            return false;
+        }
+    }
+    text.remove_prefix(lowerCasePrefix.size());
+    return true;
+}
+
+std::string withoutTrailingSlashes(std::string path) {
+    while (path.size() > 1 && path.back() == '/') {
+        path.pop_back();
+    }
+    return path;
+}
+
+} // namespace
+
+FileURL FileURL::fromPath(std::string_view path) {
+    if (path.starts_with('/')) {
+        return FileURL(withoutTrailingSlashes(std::string(path)));
+    }
+    std::string absolute = FileManager::currentDirectoryPath();
+    if (!path.empty()) {
+        absolute.append("/").append(path);
+    }
+    return FileURL(absolute.empty() ? "/" : withoutTrailingSlashes(std::move(absolute)));
+}
+
+std::optional<FileURL> FileURL::parse(std::string_view text) {
+    if (!consumePrefixIgnoringCase(text, "file:")) {
+        return std::nullopt;
+    }
+    if (text.starts_with("//")) {
+        text.remove_prefix(2);
+        consumePrefixIgnoringCase(text, "localhost");
+    }
+    text = text.substr(0, text.find_first_of("?#"));
+    if (!text.starts_with('/') || text.find('\0') != std::string_view::npos) {
+        return std::nullopt;
+    }
+    auto path = percentDecoded(text);
+    if (!path) {
+        return std::nullopt;
+    }
+    return FileURL(withoutTrailingSlashes(*std::move(path)));
+}
+
+std::string FileURL::lastPathComponent() const {
+    return PathString::lastPathComponent(m_path);
+}
+
+std::string FileURL::absoluteString() const {
+    std::string text = "file://";
+    for (const char c : m_path) {
+        if (mayStandInPath(c)) {
+            text.push_back(c);
+            continue;
+        }
+        const auto byte = static_cast<unsigned char>(c);
+        text.push_back('%');
+        text.push_back(hexDigits[byte >> 4U]);
+        text.push_back(hexDigits[byte & 0x0FU]);
+    }
+    return text;
+}
+
+} // namespace platform

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/Locale.h"
+
+#include "platform/linux/Icu.h"
+
+#include <cstdlib>
+
+namespace platform {
+namespace {
+
+std::string_view environmentValue(const char* variable) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the process changes its environment
+    const char* value = std::getenv(variable);
+    return value == nullptr ? std::string_view() : std::string_view(value);
+}
+
+std::string separatorOf(const std::string& locale) {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::DecimalFormatSymbols symbols(icu::Locale::createCanonical(locale.c_str()), status);
+    std::string text;
+    if (U_SUCCESS(status) != 0) {
+        symbols.getConstSymbol(icu::DecimalFormatSymbols::kDecimalSeparatorSymbol)
+            .toUTF8String(text);
+    }
+    return text.empty() ? "." : text;
+}
+
+} // namespace
+
+std::string localeName(const char* category) {
+    std::string_view name;
+    for (const char* variable : {"LC_ALL", category, "LANG"}) {
+        name = environmentValue(variable);
+        if (!name.empty()) {
+            break;
+        }
+    }
+    name = name.substr(0, name.find_first_of(".@"));
+    const bool isPosix = name.empty() || name == "C" || name == "POSIX";
+    return isPosix ? "en_US_POSIX" : std::string(name);
+}
+
+std::string_view decimalSeparator() {
+    static const std::string separator = separatorOf(localeName("LC_NUMERIC"));
+    return separator;
+}
+
+} // namespace platform

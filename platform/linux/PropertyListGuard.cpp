@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/PropertyListGuard.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+// The binary format, as its reader in the open-source CoreFoundation describes it: a header
+// "bplist00", the objects, a table of their offsets, and a trailer of 32 bytes.
+namespace platform::PropertyListGuard {
+namespace {
+
+constexpr std::string_view header = "bplist00";
+constexpr std::size_t trailerSize = 32;
+constexpr std::uint64_t maximumExpandedSize = std::uint64_t{128} << 20;
+constexpr std::uint64_t valueOverhead = 16;
+
+std::uint64_t bigEndian(DataView bytes) {
+    std::uint64_t value = 0;
+    for (const std::byte byte : bytes) {
+        value = value << 8U | std::to_integer<std::uint64_t>(byte);
+    }
+    return value;
+}
+
+struct Object {
+    bool isContainer = false;
+    std::uint64_t references = 0;     // of a container
+    std::size_t firstReference = 0;   // its place in the file
+    std::uint64_t size = 0;           // of any other value, in bytes
+};
+
+class BinaryChecker {
+public:
+    explicit BinaryChecker(DataView bytes) : m_bytes(bytes) {}
+
+    bool check() {
+        if (!readTrailer()) {
+            return false;
+        }
+        m_states.resize(static_cast<std::size_t>(m_count));
+        return walk(static_cast<std::size_t>(m_top));
+    }
+
+private:
+    enum class Progress : std::uint8_t { unseen, open, done };
+    struct State {
+        Progress progress = Progress::unseen;
+        std::uint64_t expanded = 0; // size of the value with everything below it
+        std::size_t height = 0;     // levels below it, itself included
+    };
+    struct Frame {
+        std::size_t index;
+        Object object;
+        std::uint64_t next = 0; // the next reference to follow
+    };
+
+    bool readTrailer();
+    [[nodiscard]] std::optional<Object> objectAt(std::size_t index) const;
+    [[nodiscard]] std::optional<Object> sizedObject(std::size_t at) const;
+    bool walk(std::size_t top);
+    bool open(std::size_t index);
+    bool follow(Frame& frame);
+    bool close(const Frame& frame);
+    bool absorb(std::size_t parent, std::size_t child);
+
+    DataView m_bytes;
+    std::uint64_t m_offsetSize = 0;
+    std::uint64_t m_referenceSize = 0;
+    std::uint64_t m_count = 0;
+    std::uint64_t m_top = 0;
+    std::uint64_t m_table = 0;
+    std::vector<State> m_states;
+    std::vector<Frame> m_open;
+};
+
+bool BinaryChecker::readTrailer() {
+    if (m_bytes.size() < header.size() + trailerSize) {
+        return false;
+    }
+    const DataView trailer = m_bytes.last(trailerSize);
+    const std::uint64_t end = m_bytes.size() - trailerSize;
+    m_offsetSize = bigEndian(trailer.subspan(6, 1));
+    m_referenceSize = bigEndian(trailer.subspan(7, 1));
+    m_count = bigEndian(trailer.subspan(8, 8));
+    m_top = bigEndian(trailer.subspan(16, 8));
+    m_table = bigEndian(trailer.subspan(24, 8));
+    const auto isIntegerSize = [](std::uint64_t size) { return size >= 1 && size <= 8; };
+    return isIntegerSize(m_offsetSize) && isIntegerSize(m_referenceSize) && m_table <= end &&
+           m_count <= (end - m_table) / m_offsetSize && m_top < m_count;
+}
+
+// An object whose length stands in the low half of its marker, or, when that is 15, in the
+// integer behind the marker.
+std::optional<Object> BinaryChecker::sizedObject(std::size_t at) const {
+    const auto marker = std::to_integer<unsigned>(m_bytes[at]);
+    std::uint64_t length = marker & 0x0FU;
+    std::size_t begin = at + 1;
+    if (length == 0x0F) {
+        if (begin >= m_bytes.size()) {
+            return std::nullopt;
+        }
+        const auto integer = std::to_integer<unsigned>(m_bytes[begin]);
+        const std::size_t width = std::size_t{1} << (integer & 0x0FU);
+        if (integer >> 4U != 1 || width > 8 || width > m_bytes.size() - begin - 1) {
+            return std::nullopt;
+        }
+        length = bigEndian(m_bytes.subspan(begin + 1, width));
+        begin += 1 + width;
+    }
+    const unsigned kind = marker >> 4U;
+    const bool isContainer = kind >= 0xA;
+    const std::uint64_t unit = isContainer ? m_referenceSize : (kind == 0x6 ? 2 : 1);
+    const std::uint64_t factor = kind == 0xD ? 2 : 1; // keys, then values
+    if (length > (m_bytes.size() - begin) / unit / factor) {
+        return std::nullopt;
+    }
+    return Object{isContainer, isContainer ? length * factor : 0, begin, length * unit};
+}
+
+std::optional<Object> BinaryChecker::objectAt(std::size_t index) const {
+    const auto entry = static_cast<std::size_t>(m_table + index * m_offsetSize);
+    const std::uint64_t at =
+        bigEndian(m_bytes.subspan(entry, static_cast<std::size_t>(m_offsetSize)));
+    if (at < header.size() || at >= m_table) {
+        return std::nullopt;
+    }
+    const auto place = static_cast<std::size_t>(at);
+    switch (std::to_integer<unsigned>(m_bytes[place]) >> 4U) {
+    case 0x4: // data
+    case 0x5: // ASCII text
+    case 0x6: // UTF-16 text
+    case 0xA: // array
+    case 0xB: // ordered set
+    case 0xC: // set
+    case 0xD: // dictionary
+        return sizedObject(place);
+    default:
+        return Object{}; // numbers, dates, references: at most 16 bytes
+    }
+}
+
+bool BinaryChecker::open(std::size_t index) {
+    const auto object = objectAt(index);
+    if (!object || m_open.size() >= maximumDepth) {
+        return false;
+    }
+    m_states[index] = {Progress::open, valueOverhead + object->size, 1};
+    m_open.push_back({index, *object});
+    return true;
+}
+
+bool BinaryChecker::absorb(std::size_t parent, std::size_t child) {
+    State& state = m_states[parent];
+    state.expanded += m_states[child].expanded;
+    state.height = std::max(state.height, m_states[child].height + 1);
+    return state.expanded <= maximumExpandedSize && state.height <= maximumDepth;
+}
+
+bool BinaryChecker::follow(Frame& frame) {
+    const std::size_t parent = frame.index;
+    const auto width = static_cast<std::size_t>(m_referenceSize);
+    const std::size_t at = frame.object.firstReference + static_cast<std::size_t>(frame.next) * width;
+    const std::uint64_t child = bigEndian(m_bytes.subspan(at, width));
+    ++frame.next;
+    if (child >= m_count) {
+        return false;
+    }
+    const auto index = static_cast<std::size_t>(child);
+    switch (m_states[index].progress) {
+    case Progress::unseen: return open(index);
+    case Progress::open: return false; // a cycle
+    case Progress::done: return absorb(parent, index);
+    }
+    return false;
+}
+
+bool BinaryChecker::close(const Frame& frame) {
+    const std::size_t index = frame.index;
+    m_states[index].progress = Progress::done;
+    m_open.pop_back();
+    return m_open.empty() || absorb(m_open.back().index, index);
+}
+
+bool BinaryChecker::walk(std::size_t top) {
+    bool sound = open(top);
+    while (sound && !m_open.empty()) {
+        Frame& frame = m_open.back();
+        const bool hasMore = frame.object.isContainer && frame.next < frame.object.references;
+        sound = hasMore ? follow(frame) : close(frame);
+    }
+    return sound;
+}
+
+} // namespace
+
+bool isBinary(DataView bytes) {
+    const DataView magic = bytesOf(std::string_view("bplist"));
+    return bytes.size() >= magic.size() && std::ranges::equal(bytes.first(magic.size()), magic);
+}
+
+bool isSafeBinary(DataView bytes) {
+    return bytes.size() <= maximumSize && BinaryChecker(bytes).check();
+}
+
+bool isSafeXML(DataView bytes) {
+    if (bytes.size() > maximumSize) {
+        return false;
+    }
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
+    std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    std::size_t depth = 0;
+    // Elements that close themselves and those in comments are counted too: no honest file opens
+    // hundreds of containers that are never closed.
+    for (auto at = text.find('<'); at != std::string_view::npos; at = text.find('<')) {
+        text.remove_prefix(at + 1);
+        const bool closes = text.starts_with('/');
+        const std::string_view name = text.substr(closes ? 1 : 0, 5);
+        if (!name.starts_with("dict") && name != "array") {
+            continue;
+        }
+        const bool isEmpty = text.substr(0, text.find('>')).ends_with('/');
+        if (closes && depth > 0) {
+            --depth;
+        } else if (!closes && !isEmpty && ++depth > maximumDepth) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace platform::PropertyListGuard
