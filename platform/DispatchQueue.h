@@ -36,8 +36,8 @@ void asyncMain(std::function<void()> work);
 /// Services the main queue on the calling thread until `done` answers true; `done` is asked
 /// before the first and after every piece of work, and now and then in between. For programs
 /// without a main loop of their own. What `done` looks at should change on the main queue: a
-/// change elsewhere is noticed no earlier than after the next piece of work. While another thread
-/// services the main queue, waits until that one stops.
+/// change elsewhere may go unnoticed until the next piece of work. `done` must not throw. While
+/// another thread services the main queue, waits until that one stops.
 void runMainQueueUntil(const std::function<bool()>& done);
 
 } // namespace platform::DispatchQueue

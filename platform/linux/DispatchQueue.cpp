@@ -130,6 +130,7 @@ ThreadPool& threadPool() {
 class MainQueue {
 public:
     void submit(Work work);
+    void serviceUntil(const std::function<bool()>& done) noexcept;
 
 private:
     void attachWakeSource();
@@ -139,6 +140,8 @@ private:
     std::mutex mutex;
     std::deque<Work> queue;
     bool wakeSourceAttached = false;
+    /// Held by the one thread of ours that services the context or waits to do so.
+    std::mutex servicingTurn;
 };
 
 void MainQueue::submit(Work work) {
@@ -180,37 +183,31 @@ void MainQueue::runFirst() {
     work();
 }
 
+/// Threads take turns under a mutex of ours rather than wait inside GLib for one another: so each
+/// asks `done` when its turn comes, instead of sleeping on although its condition was fulfilled
+/// by the thread before. A thread that owns the context already is in work that waits for other
+/// work, or in an application's main loop; it must not wait for anybody's turn.
+void MainQueue::serviceUntil(const std::function<bool()>& done) noexcept {
+    std::unique_lock turn(servicingTurn, std::defer_lock);
+    if (g_main_context_is_owner(nullptr) == FALSE) {
+        turn.lock();
+    }
+    // Kept for the whole time, so that no main loop elsewhere runs some of the work. If one has
+    // the context now, each iteration waits for it to stop.
+    const bool owned = g_main_context_acquire(nullptr) != FALSE;
+    while (!done()) {
+        g_main_context_iteration(nullptr, TRUE);
+    }
+    if (owned) {
+        g_main_context_release(nullptr);
+    }
+}
+
 /// Never destroyed: workers may submit work while the process ends.
 MainQueue& mainQueue() {
     static MainQueue& queue = *new MainQueue;
     return queue;
 }
-
-/// The right of the calling thread to service the default main context, as soon as it can be had.
-class MainContextOwnership {
-public:
-    MainContextOwnership() = default;
-    MainContextOwnership(const MainContextOwnership&) = delete;
-    MainContextOwnership& operator=(const MainContextOwnership&) = delete;
-    ~MainContextOwnership() {
-        if (owned) {
-            g_main_context_release(nullptr);
-        }
-        // A thread that waited for its turn may find its condition fulfilled by work done here;
-        // this makes it look instead of sleeping until more work comes.
-        g_main_context_wakeup(nullptr);
-    }
-
-    /// Dispatches what is ready, after waiting for something to be ready, and before that for any
-    /// other thread to give the context up.
-    void iterate() {
-        owned = owned || g_main_context_acquire(nullptr) != FALSE;
-        g_main_context_iteration(nullptr, TRUE);
-    }
-
-private:
-    bool owned = false;
-};
 
 } // namespace
 
@@ -223,10 +220,7 @@ void asyncMain(std::function<void()> work) {
 }
 
 void runMainQueueUntil(const std::function<bool()>& done) {
-    MainContextOwnership ownership;
-    while (!done()) {
-        ownership.iterate();
-    }
+    mainQueue().serviceUntil(done);
 }
 
 } // namespace platform::DispatchQueue

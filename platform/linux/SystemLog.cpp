@@ -32,7 +32,9 @@ class SinkScope {
 public:
     SinkScope() { insideSink = true; }
     SinkScope(const SinkScope&) = delete;
+    SinkScope(SinkScope&&) = delete;
     SinkScope& operator=(const SinkScope&) = delete;
+    SinkScope& operator=(SinkScope&&) = delete;
     ~SinkScope() { insideSink = false; }
 };
 

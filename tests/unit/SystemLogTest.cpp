@@ -24,7 +24,9 @@ public:
         SystemLog::setSink([this](std::string_view message) { messages.emplace_back(message); });
     }
     LogRecorder(const LogRecorder&) = delete;
+    LogRecorder(LogRecorder&&) = delete;
     LogRecorder& operator=(const LogRecorder&) = delete;
+    LogRecorder& operator=(LogRecorder&&) = delete;
     ~LogRecorder() { SystemLog::setSink({}); }
 
     std::vector<std::string> messages;
@@ -58,7 +60,8 @@ TEST(SystemLog, LineBreaksBeyondAsciiBecomeBlanks) {
 
 TEST(SystemLog, NeighboursOfControlCharactersStay) {
     const LogRecorder log;
-    const std::string text = " ~\u00A0\u00BF\u2027\u202A\U0001F600";
+    // The last one is put together here: spelled out, it turns the direction of text around.
+    const std::string text = " ~\u00A0\u00BF\u2027\U0001F600\xE2\x80" + std::string("\xAA");
     SystemLog::error(text);
     EXPECT_EQ(log.messages, Messages{text});
 }
