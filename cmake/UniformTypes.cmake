@@ -17,3 +17,6 @@ add_custom_target(qm_uniform_types_generated DEPENDS "${qm_uniform_types_table}"
 add_library(qm_uniform_types INTERFACE)
 add_dependencies(qm_uniform_types qm_uniform_types_generated)
 target_include_directories(qm_uniform_types INTERFACE "${PROJECT_BINARY_DIR}/generated")
+# The tests compare what the compiled table answers with the text it was made from.
+target_compile_definitions(qm_uniform_types INTERFACE
+  QM_UNIFORM_TYPES_SOURCE="${qm_uniform_types_source}")
