@@ -2,13 +2,8 @@
 #include "platform/UniformType.h"
 
 #include <algorithm>
-#include <array>
 #include <cctype>
-#include <cstddef>
-#include <fstream>
-#include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -41,13 +36,6 @@ std::string upperCased(std::string text) {
     return text;
 }
 
-std::string lowerCased(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char character) {
-        return static_cast<char>(std::tolower(character));
-    });
-    return text;
-}
-
 const Pairs dynamicSamples{
     {"srt", "dyn.ah62d4rv4ge81g6xy"},    {"toml", "dyn.ah62d4rv4ge81k55rru"},
     {"conf", "dyn.ah62d4rv4ge80g55sq2"}, {"mkv", "dyn.ah62d4rv4ge804450"},
@@ -69,8 +57,7 @@ TEST(UniformType, ItemsThatAreNoFilesAreNamedByTheirKindWhateverTheExtension) {
         {ItemKind::namedPipe, "public.named-pipe"},
         {ItemKind::socket, "public.socket"},
         {ItemKind::characterDevice, "public.character-special"},
-        {ItemKind::blockDevice, "public.block-special"},
-    };
+        {ItemKind::blockDevice, "public.block-special"}};
     for (const auto& [kind, identifier] : expected) {
         for (const char* extension : {"", "app", "txt", "xyz"}) {
             EXPECT_EQ(identifierForItem(kind, extension), identifier) << extension;
@@ -125,26 +112,24 @@ TEST(UniformType, ExtensionsMatchAsAWhole) {
 }
 
 TEST(UniformType, AmongSeveralTypesFilesTakeTheFirstOneOfFiles) {
-    const Pairs expected{
-        {"mp4", "public.mpeg-4"},
-        {"plist", "com.apple.property-list"},
-        {"xml", "public.xml"},
-        {"otf", "public.opentype-font"},
-        {"otc", "public.opentype-collection-font"},
-        {"smf", "public.midi-audio"},
-        {"pkg", "com.apple.installer-package-archive"},
-        {"mpkg", "com.apple.installer-package-archive"},
-        {"pages", "com.apple.iWork.Pages.sffpages"},
-        {"numbers", "com.apple.iWork.Numbers.sffnumbers"},
-        {"key", "com.apple.iWork.Keynote.sffkey"},
-        {"app", "com.apple.application-file"},
-        {"ts", "public.mpeg-2-transport-stream"},
-        {"raw", "com.panasonic.raw-image"},
-        {"epub", "org.idpf.epub-container"},
-        {"md", "net.daringfireball.markdown"},
-        {"rs", "public.rust-source"},
-        {"gz", "org.gnu.gnu-zip-archive"},
-    };
+    const Pairs expected{{"mp4", "public.mpeg-4"},
+                         {"plist", "com.apple.property-list"},
+                         {"xml", "public.xml"},
+                         {"otf", "public.opentype-font"},
+                         {"otc", "public.opentype-collection-font"},
+                         {"smf", "public.midi-audio"},
+                         {"pkg", "com.apple.installer-package-archive"},
+                         {"mpkg", "com.apple.installer-package-archive"},
+                         {"pages", "com.apple.iWork.Pages.sffpages"},
+                         {"numbers", "com.apple.iWork.Numbers.sffnumbers"},
+                         {"key", "com.apple.iWork.Keynote.sffkey"},
+                         {"app", "com.apple.application-file"},
+                         {"ts", "public.mpeg-2-transport-stream"},
+                         {"raw", "com.panasonic.raw-image"},
+                         {"epub", "org.idpf.epub-container"},
+                         {"md", "net.daringfireball.markdown"},
+                         {"rs", "public.rust-source"},
+                         {"gz", "org.gnu.gnu-zip-archive"}};
     for (const auto& [extension, identifier] : expected) {
         EXPECT_EQ(fileType(extension), identifier) << extension;
     }
@@ -152,16 +137,14 @@ TEST(UniformType, AmongSeveralTypesFilesTakeTheFirstOneOfFiles) {
 }
 
 TEST(UniformType, AmongSeveralTypesFoldersTakeTheOneOfFolders) {
-    const Pairs expected{
-        {"pkg", "com.apple.installer-package"},
-        {"mpkg", "com.apple.installer-meta-package"},
-        {"pages", "com.apple.iWork.Pages.pages"},
-        {"numbers", "com.apple.iWork.Numbers.numbers"},
-        {"key", "com.apple.iWork.Keynote.key"},
-        {"kth", "com.apple.iWork.Keynote.kth"},
-        {"template", "com.apple.iWork.Pages.template"},
-        {"rtfd", "com.apple.rtfd"},
-    };
+    const Pairs expected{{"pkg", "com.apple.installer-package"},
+                         {"mpkg", "com.apple.installer-meta-package"},
+                         {"pages", "com.apple.iWork.Pages.pages"},
+                         {"numbers", "com.apple.iWork.Numbers.numbers"},
+                         {"key", "com.apple.iWork.Keynote.key"},
+                         {"kth", "com.apple.iWork.Keynote.kth"},
+                         {"template", "com.apple.iWork.Pages.template"},
+                         {"rtfd", "com.apple.rtfd"}};
     for (const auto& [extension, identifier] : expected) {
         EXPECT_EQ(folderType(extension), identifier) << extension;
     }
@@ -178,10 +161,10 @@ TEST(UniformType, UnknownExtensionsGiveTheComputedIdentifier) {
 
 TEST(UniformType, UndeclaredExtensionsAreDynamicPlainDataAndDocuments) {
     for (const char* extension :
-         {"mkv",  "mka",   "go",   "lua",  "tex",   "ini",  "conf", "cfg",  "toml",
-          "tsx",  "jsx",   "sql",  "sqlite", "sqlite3", "db", "xcf",  "woff", "woff2",
-          "opus", "alac",  "vue",  "kt",   "scss",  "less", "srt",  "gpx",  "deb",
-          "rpm",  "lzh",   "zst",  "lz4",  "pub",   "entitlements"}) {
+         {"mkv",  "mka",  "go",  "lua",    "tex",     "ini",         "conf", "cfg",  "toml",
+          "tsx",  "jsx",  "sql", "sqlite", "sqlite3", "db",          "xcf",  "woff", "woff2",
+          "opus", "alac", "vue", "kt",     "scss",    "less",        "srt",  "gpx",  "deb",
+          "rpm",  "lzh",  "zst", "lz4",    "pub",     "entitlements"}) {
         const std::string identifier = fileType(extension);
         EXPECT_EQ(identifier.substr(0, 12), "dyn.ah62d4rv") << extension;
         EXPECT_TRUE(conformsTo(identifier, "public.data")) << extension;
@@ -191,8 +174,8 @@ TEST(UniformType, UndeclaredExtensionsAreDynamicPlainDataAndDocuments) {
 }
 
 TEST(UniformType, BytesBeyondAsciiEnterTheDynamicIdentifierAsTheyAre) {
-    // Worked out by hand: the bits of "?0=6:1=" and C3 89 (É), in groups of five.
-    EXPECT_EQ(fileType("\xC3\x89"), "dyn.ah62d4rv4ge8" "6qre");
+    // The bits of "?0=6:1=" and of the two bytes of the letter É, in groups of five.
+    EXPECT_EQ(fileType("\xC3\x89"), "dyn.ah62d4rv4ge86hck");
     EXPECT_NE(fileType("\xC3\x89"), fileType("\xC3\xA9"));
     EXPECT_EQ(fileType("A\xC3\x89"), fileType("a\xC3\x89"));
     EXPECT_NE(fileType("\xFF"), fileType("\xFE"));
@@ -228,7 +211,9 @@ TEST(UniformType, DynamicIdentifiersOfOtherThingsConformToThemselvesAlone) {
         EXPECT_FALSE(conformsTo(identifier, "public.data")) << identifier;
         EXPECT_FALSE(conformsTo(identifier, "public.item")) << identifier;
     }
-    EXPECT_TRUE(conformsTo("dyn.ah62d4rv", "public.data"));
+    // And these the mark itself, alone and with the colon after it.
+    EXPECT_TRUE(conformsTo("dyn.ah62d4ru", "public.data"));
+    EXPECT_TRUE(conformsTo("dyn.ah62d4rv", "public.item"));
 }
 
 TEST(UniformType, MalformedDynamicIdentifiersConformToNothing) {
@@ -260,7 +245,8 @@ TEST(UniformType, ConformanceFollowsEveryParentUpwardsOnly) {
 }
 
 TEST(UniformType, UndeclaredAndEmptyIdentifiersConformToNothing) {
-    for (const char* identifier : {"", "com.example.none", "public.", "public.png2", "public.dat"}) {
+    for (const char* identifier :
+         {"", "com.example.none", "public.", "public.png2", "public.dat"}) {
         EXPECT_FALSE(conformsTo(identifier, identifier)) << identifier;
         EXPECT_FALSE(conformsTo(identifier, "public.data")) << identifier;
         EXPECT_FALSE(conformsTo("public.data", identifier)) << identifier;
@@ -271,47 +257,45 @@ TEST(UniformType, UndeclaredAndEmptyIdentifiersConformToNothing) {
 }
 
 TEST(UniformType, ArchivesAndDiskImagesConformToArchive) {
-    const Pairs archives{
-        {"zip", "public.zip-archive"},
-        {"tar", "public.tar-archive"},
-        {"gtar", "org.gnu.gnu-tar-archive"},
-        {"gz", "org.gnu.gnu-zip-archive"},
-        {"gzip", "org.gnu.gnu-zip-archive"},
-        {"tgz", "org.gnu.gnu-zip-tar-archive"},
-        {"bz2", "public.bzip2-archive"},
-        {"bz", "public.bzip2-archive"},
-        {"tbz2", "public.tar-bzip2-archive"},
-        {"tbz", "public.tar-bzip2-archive"},
-        {"xz", "org.tukaani.xz-archive"},
-        {"txz", "org.tukaani.tar-xz-archive"},
-        {"7z", "org.7-zip.7-zip-archive"},
-        {"z", "public.z-archive"},
-        {"cpio", "public.cpio-archive"},
-        {"pax", "public.cpio-archive"},
-        {"cpgz", "com.apple.bom-compressed-cpio"},
-        {"xar", "com.apple.xar-archive"},
-        {"xip", "com.apple.xip-archive"},
-        {"pkg", "com.apple.installer-package-archive"},
-        {"mpkg", "com.apple.installer-package-archive"},
-        {"jar", "com.sun.java-archive"},
-        {"war", "com.sun.web-application-archive"},
-        {"aar", "com.apple.archive"},
-        {"yaa", "com.apple.archive"},
-        {"aea", "com.apple.encrypted-archive"},
-        {"hqx", "com.apple.binhex-archive"},
-        {"bin", "com.apple.macbinary-archive"},
-        {"as", "com.apple.applesingle-archive"},
-        {"uu", "public.uuencoded-archive"},
-        {"sit", "com.stuffit.archive.sit"},
-        {"sea", "com.stuffit.archive.sit"},
-        {"sitx", "com.stuffit.archive.sitx"},
-        {"sidx", "com.stuffit.archive.sidx"},
-        {"cab", "com.microsoft.cab"},
-        {"apk", "vnd.android.package-archive"},
-        {"ipa", "com.apple.iphone.package-archive"},
-        {"xlsb", "com.microsoft.excel.sheet.binary.macroenabled"},
-        {"rar", "com.rarlab.rar-archive"},
-    };
+    const Pairs archives{{"zip", "public.zip-archive"},
+                         {"tar", "public.tar-archive"},
+                         {"gtar", "org.gnu.gnu-tar-archive"},
+                         {"gz", "org.gnu.gnu-zip-archive"},
+                         {"gzip", "org.gnu.gnu-zip-archive"},
+                         {"tgz", "org.gnu.gnu-zip-tar-archive"},
+                         {"bz2", "public.bzip2-archive"},
+                         {"bz", "public.bzip2-archive"},
+                         {"tbz2", "public.tar-bzip2-archive"},
+                         {"tbz", "public.tar-bzip2-archive"},
+                         {"xz", "org.tukaani.xz-archive"},
+                         {"txz", "org.tukaani.tar-xz-archive"},
+                         {"7z", "org.7-zip.7-zip-archive"},
+                         {"z", "public.z-archive"},
+                         {"cpio", "public.cpio-archive"},
+                         {"pax", "public.cpio-archive"},
+                         {"cpgz", "com.apple.bom-compressed-cpio"},
+                         {"xar", "com.apple.xar-archive"},
+                         {"xip", "com.apple.xip-archive"},
+                         {"pkg", "com.apple.installer-package-archive"},
+                         {"mpkg", "com.apple.installer-package-archive"},
+                         {"jar", "com.sun.java-archive"},
+                         {"war", "com.sun.web-application-archive"},
+                         {"aar", "com.apple.archive"},
+                         {"yaa", "com.apple.archive"},
+                         {"aea", "com.apple.encrypted-archive"},
+                         {"hqx", "com.apple.binhex-archive"},
+                         {"bin", "com.apple.macbinary-archive"},
+                         {"as", "com.apple.applesingle-archive"},
+                         {"uu", "public.uuencoded-archive"},
+                         {"sit", "com.stuffit.archive.sit"},
+                         {"sea", "com.stuffit.archive.sit"},
+                         {"sitx", "com.stuffit.archive.sitx"},
+                         {"sidx", "com.stuffit.archive.sidx"},
+                         {"cab", "com.microsoft.cab"},
+                         {"apk", "vnd.android.package-archive"},
+                         {"ipa", "com.apple.iphone.package-archive"},
+                         {"xlsb", "com.microsoft.excel.sheet.binary.macroenabled"},
+                         {"rar", "com.rarlab.rar-archive"}};
     for (const auto& [extension, identifier] : archives) {
         EXPECT_EQ(fileType(extension), identifier) << extension;
         EXPECT_TRUE(conformsTo(identifier, "public.archive")) << identifier;
@@ -323,3 +307,18 @@ TEST(UniformType, ArchivesAndDiskImagesConformToArchive) {
     EXPECT_TRUE(conformsTo("com.pkware.zip-archive", "public.archive"));
     EXPECT_TRUE(conformsTo(folderType("sparsebundle"), "public.archive"));
 }
+
+TEST(UniformType, DocumentsAndFoldersAreNoArchives) {
+    for (const char* extension : {"docx", "xlsx", "pptx", "odt", "ods", "odp", "epub", "pages",
+                                  "numbers", "key", "webarchive"}) {
+        EXPECT_TRUE(conformsTo(fileType(extension), "public.data")) << extension;
+        EXPECT_FALSE(conformsTo(fileType(extension), "public.archive")) << extension;
+    }
+    for (const char* extension : {"", "app", "pkg", "pages", "rtfd", "bundle"}) {
+        EXPECT_FALSE(conformsTo(folderType(extension), "public.archive")) << extension;
+    }
+    EXPECT_FALSE(conformsTo("public.archive", "public.data"));
+    EXPECT_FALSE(conformsTo("public.archive", "public.item"));
+}
+
+} // namespace
