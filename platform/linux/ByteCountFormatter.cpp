@@ -67,7 +67,7 @@ std::string fileStyle(std::int64_t bytes) {
     if (bytes > 0) {
         return textOfMagnitude(static_cast<std::uint64_t>(bytes));
     }
-    return "-" + textOfMagnitude(~static_cast<std::uint64_t>(bytes) + 1);
+    return std::string(1, '-').append(textOfMagnitude(~static_cast<std::uint64_t>(bytes) + 1));
 }
 
 } // namespace platform::ByteCountFormatter

@@ -10,8 +10,6 @@
 #include <thread>
 #include <utility>
 
-#include <glib.h>
-
 namespace platform::DispatchQueue {
 
 namespace {
@@ -121,106 +119,10 @@ ThreadPool& threadPool() {
     return pool;
 }
 
-/// The work of the main queue. GLib only wakes the servicing thread; closures change hands under
-/// this mutex, so their order of memory does not rest on GLib's internals.
-///
-/// At most one wake source is attached at a time and each runs one piece of work. A source for
-/// every piece would have one iteration of the context run all of them, with no chance for input
-/// events or for the `done` of `runMainQueueUntil` in between.
-class MainQueue {
-public:
-    void submit(Work work);
-    void serviceUntil(const std::function<bool()>& done) noexcept;
-
-private:
-    void attachWakeSource();
-    void runFirst();
-    static gboolean wake(gpointer self) noexcept;
-
-    std::mutex mutex;
-    std::deque<Work> queue;
-    bool wakeSourceAttached = false;
-    /// Held by the one thread of ours that services the context or waits to do so.
-    std::mutex servicingTurn;
-};
-
-void MainQueue::submit(Work work) {
-    const std::lock_guard lock(mutex);
-    queue.push_back(std::move(work));
-    if (!wakeSourceAttached) {
-        attachWakeSource();
-    }
-}
-
-/// Called with the mutex held. GLib calls back without locks of its own, so none can cross.
-void MainQueue::attachWakeSource() {
-    GSource* const source = g_idle_source_new();
-    // Like input events: not starved by them and not ahead of them.
-    g_source_set_priority(source, G_PRIORITY_DEFAULT);
-    g_source_set_callback(source, &MainQueue::wake, this, nullptr);
-    g_source_attach(source, nullptr);
-    g_source_unref(source);
-    wakeSourceAttached = true;
-}
-
-gboolean MainQueue::wake(gpointer self) noexcept {
-    static_cast<MainQueue*>(self)->runFirst();
-    return G_SOURCE_REMOVE;
-}
-
-/// Runs one piece of work. The next source is attached beforehand, because GLib does not enter a
-/// source again while it runs and the work may wait in a nested main loop for later work.
-void MainQueue::runFirst() {
-    Work work;
-    {
-        const std::lock_guard lock(mutex);
-        wakeSourceAttached = false;
-        work = takeFirst(queue);
-        if (!queue.empty()) {
-            attachWakeSource();
-        }
-    }
-    work();
-}
-
-/// Threads take turns under a mutex of ours rather than wait inside GLib for one another: so each
-/// asks `done` when its turn comes, instead of sleeping on although its condition was fulfilled
-/// by the thread before. A thread that owns the context already is in work that waits for other
-/// work, or in an application's main loop; it must not wait for anybody's turn.
-void MainQueue::serviceUntil(const std::function<bool()>& done) noexcept {
-    std::unique_lock turn(servicingTurn, std::defer_lock);
-    if (g_main_context_is_owner(nullptr) == FALSE) {
-        turn.lock();
-    }
-    // Kept for the whole time, so that no main loop elsewhere runs some of the work. If one has
-    // the context now, each iteration waits for it to stop.
-    const bool owned = g_main_context_acquire(nullptr) != FALSE;
-    while (!done()) {
-        g_main_context_iteration(nullptr, TRUE);
-    }
-    if (owned) {
-        g_main_context_release(nullptr);
-    }
-}
-
-/// Never destroyed: workers may submit work while the process ends.
-MainQueue& mainQueue() {
-    static MainQueue& queue = *new MainQueue;
-    return queue;
-}
-
 } // namespace
 
 void async(QualityOfService /*quality*/, std::function<void()> work) {
     threadPool().submit(std::move(work));
-}
-
-void asyncMain(std::function<void()> work) {
-    mainQueue().submit(std::move(work));
-}
-
-void runMainQueueUntil(const std::function<bool()>& done) {
-    mainQueue().serviceUntil(done);
 }
 
 } // namespace platform::DispatchQueue

@@ -172,7 +172,8 @@ std::string abbreviatingWithTilde(std::string_view path) {
         return std::string(path);
     }
     const std::string_view rest = path.substr(home->size());
-    return rest.empty() || rest.front() == '/' ? "~" + std::string(rest) : std::string(path);
+    return rest.empty() || rest.front() == '/' ? std::string(1, '~').append(rest)
+                                               : std::string(path);
 }
 
 } // namespace platform::PathString

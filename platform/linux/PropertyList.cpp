@@ -45,7 +45,7 @@ std::optional<PropertyList> convertedArray(plist_t node, std::size_t depth) {
         }
         result.push_back(*std::move(value));
     }
-    return PropertyList(std::move(result));
+    return std::optional<PropertyList>(std::in_place, std::move(result));
 }
 
 std::optional<PropertyList> convertedDictionary(plist_t node, std::size_t depth) {
@@ -59,7 +59,7 @@ std::optional<PropertyList> convertedDictionary(plist_t node, std::size_t depth)
         plist_dict_next_item(node, iterator, &key, &item);
         const Memory<char> keyOwner(key);
         if (item == nullptr) {
-            return PropertyList(std::move(result));
+            return std::optional<PropertyList>(std::in_place, std::move(result));
         }
         auto value = converted(item, depth + 1);
         if (key == nullptr || !value) {

@@ -61,7 +61,7 @@ using Extensions = std::map<std::string, Candidates, std::less<>>;
 }
 
 std::string inQuotes(std::string_view text) {
-    return "'" + std::string(text) + "'";
+    return std::string(1, '\'').append(text).append(1, '\'');
 }
 
 std::string lowerCased(std::string_view text) {

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cli/QMCLIDispatcher.h"
+#include "platform/StandardStreams.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <exception>
+#include <system_error>
+
+namespace {
+
+constexpr int failureStatus = 1;
+
+int report(const char* what) {
+    static_cast<void>(std::fprintf(stderr, "qm: %s\n", what));
+    return failureStatus;
+}
+
+// Output that did not arrive is a failure, whatever the command made of it.
+int statusAfterFlush(int status) {
+    const bool failedBefore = std::ferror(stdout) != 0;
+    if (std::fflush(stdout) == 0 && !failedBefore) {
+        return status;
+    }
+    const int failure = report(("write error: " + std::generic_category().message(errno)).c_str());
+    return status != 0 ? status : failure;
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    platform::StandardStreams::reserveClosedStreams();
+    try {
+        return statusAfterFlush(QMCLIDispatcher().runWithArgc(argc, argv));
+    } catch (const std::exception& error) {
+        return report(error.what());
+    }
+}

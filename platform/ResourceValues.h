@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/DateFormatter.h"
+#include "platform/Icon.h"
+
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+/// The properties that the file system can be asked for.
+enum class ResourceKey : std::uint8_t {
+    name,
+    fileSize,
+    isDirectory,
+    isHidden,
+    isSymbolicLink,
+    isPackage,
+    creationDate,
+    contentModificationDate,
+    localizedTypeDescription,
+    tagNames,
+    effectiveIcon,
+    typeIdentifier,
+    totalFileAllocatedSize,
+    fileAllocatedSize,
+};
+
+/// A set of resource keys.
+class ResourceKeySet {
+public:
+    constexpr ResourceKeySet(std::initializer_list<ResourceKey> keys)
+        : ResourceKeySet(std::span(keys.begin(), keys.size())) {}
+    constexpr explicit ResourceKeySet(std::span<const ResourceKey> keys) {
+        for (const ResourceKey key : keys) {
+            m_bits |= 1U << static_cast<unsigned>(key);
+        }
+    }
+    [[nodiscard]] constexpr bool contains(ResourceKey key) const {
+        return (m_bits >> static_cast<unsigned>(key) & 1U) != 0;
+    }
+
+private:
+    unsigned m_bits = 0;
+};
+
+/// Properties of one item; one is absent when it was not asked for or the item has none. The
+/// values of a symbolic link are the link's own.
+struct ResourceValues {
+    std::optional<std::string> name;       ///< as stored on disk; "/" for the root
+    std::optional<std::uint64_t> fileSize; ///< bytes; absent for folders
+    std::optional<bool> isDirectory;
+    std::optional<bool> isHidden; ///< leading dot, or listed in the folder's ".hidden"
+    std::optional<bool> isSymbolicLink;
+    std::optional<bool> isPackage;    ///< a folder that is shown as one file
+    std::optional<Date> creationDate; ///< absent where the file system keeps none
+    std::optional<Date> contentModificationDate;
+    std::optional<std::string> localizedTypeDescription;
+    std::optional<std::vector<std::string>> tagNames; ///< absent for an item without tags
+    std::optional<Icon> effectiveIcon;
+    std::optional<std::string> typeIdentifier;
+    std::optional<std::uint64_t> totalFileAllocatedSize; ///< bytes on disk; absent for folders
+    std::optional<std::uint64_t> fileAllocatedSize;      ///< bytes on disk; absent for folders
+};
+
+/// Reads the values of `keys` for the item at `path` (bytes, as given). nullopt when nothing is
+/// there; a dangling link is something. Opens neither the item nor what it links to, so FIFOs and
+/// devices never block. Any thread.
+[[nodiscard]] std::optional<ResourceValues> resourceValues(const std::string& path,
+                                                           ResourceKeySet keys);
+
+} // namespace platform

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/HiddenNames.h"
+
+#include "platform/FileHandle.h"
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <unordered_set>
+
+#include <fcntl.h>
+
+#include <sys/stat.h>
+
+namespace platform {
+namespace {
+
+// A list beyond this size is no list that anyone wrote.
+constexpr std::size_t maximumSize = std::size_t{1} << 20;
+
+// Tells one state of one file from every other.
+struct Identity {
+    dev_t device;
+    ino_t inode;
+    off_t size;
+    std::int64_t seconds;
+    std::int64_t nanoseconds;
+    friend bool operator==(const Identity&, const Identity&) = default;
+};
+
+std::optional<Identity> identityOf(const std::string& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+        return std::nullopt;
+    }
+    return Identity{status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec,
+                    status.st_mtim.tv_nsec};
+}
+
+std::string contentsOf(const std::string& path) {
+    // Not blocking, since the file may have become a FIFO after it was looked at.
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    if (descriptor < 0) {
+        return {};
+    }
+    FileHandle file = FileHandle::fromDescriptor(descriptor);
+    std::string contents;
+    std::array<std::byte, 4096> buffer{};
+    while (contents.size() <= maximumSize) {
+        const auto result = file.read(buffer);
+        const std::size_t* count = std::get_if<std::size_t>(&result);
+        if (count == nullptr || *count == 0) {
+            return contents;
+        }
+        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
+        contents.append(reinterpret_cast<const char*>(buffer.data()), *count);
+    }
+    return {};
+}
+
+std::unordered_set<std::string> linesOf(std::string_view text) {
+    std::unordered_set<std::string> lines;
+    while (!text.empty()) {
+        const auto end = text.find('\n');
+        lines.emplace(text.substr(0, end));
+        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    }
+    return lines;
+}
+
+// The last list read: items are asked for folder by folder.
+struct Cache {
+    std::string directory;
+    std::optional<Identity> identity;
+    std::unordered_set<std::string> names;
+};
+
+} // namespace
+
+bool isListedAsHidden(const std::string& directory, std::string_view name) {
+    thread_local Cache cache;
+    const std::string path = directory + "/.hidden";
+    const auto identity = identityOf(path);
+    if (!identity) {
+        return false;
+    }
+    if (cache.directory != directory || cache.identity != identity) {
+        cache = {directory, identity, linesOf(contentsOf(path))};
+    }
+    return cache.names.contains(std::string(name));
+}
+
+} // namespace platform
