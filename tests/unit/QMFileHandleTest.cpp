@@ -6,6 +6,7 @@
 #include "tests/unit/support/TemporaryFolder.h"
 
 #include <array>
+#include <cstdlib>
 #include <limits>
 #include <string>
 #include <utility>
@@ -15,6 +16,7 @@
 #include <unistd.h>
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace {
@@ -122,6 +124,23 @@ TEST(QMFileHandle, ReadingToTheEndGivesNothingAfterAFailure) {
     EXPECT_EQ(qm_readDataToEndOfFile(file), std::nullopt);
     EXPECT_EQ(log.messages.size(), 1U);
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(QMFileHandle, MoreThanMemoryHoldsIsLoggedAndGivesNothing) {
+    const auto readEndlessly = [] {
+        const rlimit limit{std::size_t{512} << 20, std::size_t{512} << 20};
+        ::setrlimit(RLIMIT_AS, &limit);
+        const LogRecorder log;
+        FileHandle file = opened("/dev/zero");
+        const bool gaveNothing = !qm_readDataToEndOfFile(file);
+        const bool logged =
+            log.messages ==
+            std::vector<std::string>{"[NSFileHandle+Quillmere] read exception: std::bad_alloc"};
+        std::_Exit(gaveNothing && logged ? 0 : 1);
+    };
+    EXPECT_EXIT(readEndlessly(), testing::ExitedWithCode(0), "");
+}
+#endif
 
 TEST(FileHandle, OpensFilesButNeitherFoldersNorWhatIsMissing) {
     const TemporaryFolder folder;
