@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "fuzz/Fuzzing.h"
 #include "platform/UniformType.h"
 
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
 namespace {
 
+using fuzzing::require;
 using platform::UniformType::conformsTo;
 using platform::UniformType::identifierForItem;
 using platform::UniformType::ItemKind;
@@ -16,12 +15,6 @@ using platform::UniformType::kindForIdentifier;
 using platform::UniformType::mimeType;
 
 constexpr unsigned kindCount = static_cast<unsigned>(ItemKind::blockDevice) + 1;
-
-void require(bool condition) {
-    if (!condition) {
-        std::abort();
-    }
-}
 
 std::string upperCased(std::string_view text) {
     std::string result(text);

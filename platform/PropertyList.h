@@ -19,7 +19,8 @@ namespace platform {
 /// beyond 2^63 - 1 wrap around.
 class PropertyList {
 public:
-    /// Seconds since 2001-01-01 00:00:00 UTC, as property lists keep dates.
+    /// Seconds since 2001-01-01 00:00:00 UTC, as property lists keep dates. Good to a few
+    /// microseconds, and within 68 years of the start.
     struct AbsoluteTime {
         double seconds = 0;
         friend bool operator==(const AbsoluteTime&, const AbsoluteTime&) = default;

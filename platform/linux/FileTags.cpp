@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/FileTags.h"
 
-#include "platform/PropertyList.h"
+#include "platform/linux/TagNames.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -14,9 +13,9 @@
 namespace platform::FileTags {
 namespace {
 
-using Names = std::vector<std::string>;
+using TagNames::Names;
 
-// The desktops' attribute: UTF-8, joined by commas, without escaping.
+// The desktops' attribute.
 constexpr const char* desktopAttribute = "user.xdg.tags";
 
 // The Finder's attribute as it arrives here: copied as it is, or stored as a stream by Samba,
@@ -66,67 +65,18 @@ bool contains(const std::string& names, const char* name) {
     return false;
 }
 
-Names splitAtCommas(std::string_view text) {
-    Names names;
-    while (!text.empty()) {
-        const auto comma = text.find(',');
-        if (comma != 0) {
-            names.emplace_back(text.substr(0, comma));
-        }
-        text.remove_prefix(comma == std::string_view::npos ? text.size() : comma + 1);
-    }
-    return names;
-}
-
-std::optional<Names> finderNames(std::string value) {
-    auto list = PropertyList::parse(bytesOf(value));
-    if (!list && value.ends_with('\0')) {
-        // Samba ends a stream's value with a zero byte.
-        value.pop_back();
-        list = PropertyList::parse(bytesOf(value));
-    }
-    if (!list || list->array() == nullptr) {
-        return std::nullopt;
-    }
-    Names names;
-    for (const PropertyList& element : *list->array()) {
-        if (const std::string* text = element.string()) {
-            names.push_back(text->substr(0, text->find('\n'))); // the colour follows the line break
-        }
-    }
-    return names;
-}
-
 std::optional<Names> readFinderNames(const std::string& path, const std::string& attributes) {
     for (const char* name : finderAttributes) {
         if (!contains(attributes, name)) {
             continue;
         }
         if (auto value = attribute(path, name)) {
-            if (auto names = finderNames(*std::move(value))) {
+            if (auto names = TagNames::fromFinderValue(*std::move(value))) {
                 return names;
             }
         }
     }
     return std::nullopt;
-}
-
-// The list as the desktops would have stored and read it: no commas, no empty names.
-Names asDesktopsReadIt(const Names& names) {
-    Names result;
-    for (const std::string& name : names) {
-        std::ranges::move(splitAtCommas(name), std::back_inserter(result));
-    }
-    return result;
-}
-
-Names merged(Names first, const Names& second) {
-    for (const std::string& name : second) {
-        if (std::ranges::find(first, name) == first.end()) {
-            first.push_back(name);
-        }
-    }
-    return first;
 }
 
 } // namespace
@@ -136,16 +86,14 @@ std::optional<std::vector<std::string>> read(const std::string& path) {
     std::optional<Names> desktop;
     if (contains(attributes, desktopAttribute)) {
         if (const auto value = attribute(path, desktopAttribute)) {
-            desktop = splitAtCommas(*value);
+            desktop = TagNames::fromDesktopValue(*value);
         }
     }
     std::optional<Names> finder = readFinderNames(path, attributes);
     if (!desktop || !finder) {
         return desktop ? desktop : finder;
     }
-    // The Finder's list can hold names that the desktops' cannot, so it is the better of two that
-    // agree.
-    return asDesktopsReadIt(*finder) == *desktop ? finder : merged(*std::move(desktop), *finder);
+    return TagNames::reconciled(*std::move(desktop), *std::move(finder));
 }
 
 } // namespace platform::FileTags

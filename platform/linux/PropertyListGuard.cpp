@@ -17,6 +17,9 @@ constexpr std::size_t trailerSize = 32;
 constexpr std::uint64_t maximumExpandedSize = std::uint64_t{128} << 20;
 constexpr std::uint64_t valueOverhead = 16;
 
+// As far as the end of a tag is looked for; a bound, since tags may be many and unfinished.
+constexpr std::size_t maximumTagSize = 256;
+
 std::uint64_t bigEndian(DataView bytes) {
     std::uint64_t value = 0;
     for (const std::byte byte : bytes) {
@@ -27,14 +30,16 @@ std::uint64_t bigEndian(DataView bytes) {
 
 struct Object {
     bool isContainer = false;
-    std::uint64_t references = 0;     // of a container
-    std::size_t firstReference = 0;   // its place in the file
-    std::uint64_t size = 0;           // of any other value, in bytes
+    std::uint64_t references = 0; // of a container
+    std::size_t place = 0;        // of its references or its bytes in the file
+    std::uint64_t size = 0;       // of any other value, in bytes
+    std::size_t unit = 0;         // bytes per character of a text, 0 for what is no text
 };
 
 class BinaryChecker {
 public:
-    explicit BinaryChecker(DataView bytes) : m_bytes(bytes) {}
+    explicit BinaryChecker(DataView bytes)
+        : m_bytes(bytes) {}
 
     bool check() {
         if (!readTrailer()) {
@@ -60,6 +65,7 @@ private:
     bool readTrailer();
     [[nodiscard]] std::optional<Object> objectAt(std::size_t index) const;
     [[nodiscard]] std::optional<Object> sizedObject(std::size_t at) const;
+    [[nodiscard]] bool holdsNul(const Object& object) const;
     bool walk(std::size_t top);
     bool open(std::size_t index);
     bool follow(Frame& frame);
@@ -117,7 +123,9 @@ std::optional<Object> BinaryChecker::sizedObject(std::size_t at) const {
     if (length > (m_bytes.size() - begin) / unit / factor) {
         return std::nullopt;
     }
-    return Object{isContainer, isContainer ? length * factor : 0, begin, length * unit};
+    const bool isText = kind == 0x5 || kind == 0x6;
+    return Object{isContainer, isContainer ? length * factor : 0, begin, length * unit,
+                  isText ? static_cast<std::size_t>(unit) : 0};
 }
 
 std::optional<Object> BinaryChecker::objectAt(std::size_t index) const {
@@ -137,14 +145,25 @@ std::optional<Object> BinaryChecker::objectAt(std::size_t index) const {
     case 0xC: // set
     case 0xD: // dictionary
         return sizedObject(place);
-    default:
-        return Object{}; // numbers, dates, references: at most 16 bytes
+    default: return Object{}; // numbers, dates, references: at most 16 bytes
     }
+}
+
+// Whether the object is a text with a NUL in it. libplist ends the process over one.
+bool BinaryChecker::holdsNul(const Object& object) const {
+    const DataView text =
+        m_bytes.subspan(object.place, object.unit == 0 ? 0 : static_cast<std::size_t>(object.size));
+    for (std::size_t at = 0; at < text.size(); at += object.unit) {
+        if (bigEndian(text.subspan(at, object.unit)) == 0) {
+            return true;
+        }
+    }
+    return false;
 }
 
 bool BinaryChecker::open(std::size_t index) {
     const auto object = objectAt(index);
-    if (!object || m_open.size() >= maximumDepth) {
+    if (!object || m_open.size() >= maximumDepth || holdsNul(*object)) {
         return false;
     }
     m_states[index] = {Progress::open, valueOverhead + object->size, 1};
@@ -162,7 +181,7 @@ bool BinaryChecker::absorb(std::size_t parent, std::size_t child) {
 bool BinaryChecker::follow(Frame& frame) {
     const std::size_t parent = frame.index;
     const auto width = static_cast<std::size_t>(m_referenceSize);
-    const std::size_t at = frame.object.firstReference + static_cast<std::size_t>(frame.next) * width;
+    const std::size_t at = frame.object.place + static_cast<std::size_t>(frame.next) * width;
     const std::uint64_t child = bigEndian(m_bytes.subspan(at, width));
     ++frame.next;
     if (child >= m_count) {
@@ -206,7 +225,7 @@ bool isSafeBinary(DataView bytes) {
 }
 
 bool isSafeXML(DataView bytes) {
-    if (bytes.size() > maximumSize) {
+    if (bytes.size() > maximumSize || std::ranges::find(bytes, std::byte{0}) != bytes.end()) {
         return false;
     }
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
@@ -221,7 +240,8 @@ bool isSafeXML(DataView bytes) {
         if (!name.starts_with("dict") && name != "array") {
             continue;
         }
-        const bool isEmpty = text.substr(0, text.find('>')).ends_with('/');
+        const std::string_view tag = text.substr(0, maximumTagSize);
+        const bool isEmpty = tag.substr(0, tag.find('>')).ends_with('/');
         if (closes && depth > 0) {
             --depth;
         } else if (!closes && !isEmpty && ++depth > maximumDepth) {

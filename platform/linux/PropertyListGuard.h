@@ -15,10 +15,12 @@ inline constexpr std::size_t maximumDepth = 128;
 [[nodiscard]] bool isBinary(DataView bytes);
 
 /// Whether a binary property list is well-formed as far as its objects' places, lengths and
-/// references go, without cycles, within `maximumDepth`, and of bounded size when expanded.
+/// references go, without cycles, within `maximumDepth`, of bounded size when expanded, and free of
+/// texts that hold a NUL.
 [[nodiscard]] bool isSafeBinary(DataView bytes);
 
-/// Whether an XML property list opens at most `maximumDepth` arrays and dictionaries in another.
+/// Whether an XML property list opens at most `maximumDepth` arrays and dictionaries in another and
+/// holds no NUL.
 [[nodiscard]] bool isSafeXML(DataView bytes);
 
 } // namespace platform::PropertyListGuard
