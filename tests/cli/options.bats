@@ -177,7 +177,7 @@ prints_record() {
     stdout_is_empty
     echo "File not found: $box/-" | stderr_is
     status_is 0
-    make_file -
+    make_file ./-
     qm info -s -
     echo '3 bytes  2024-01-15 12:34:56  -' | stdout_is
     succeeds

@@ -89,7 +89,7 @@ found() {
     mkdir sub
     cd sub
     qm info -s .
-    [ "$(cut -c 32- "$seen/out")" = sub ] || complain "not the current folder"
+    grep -q '  sub$' "$seen/out" || complain "not the current folder"
     qm info ..
     line_is Path "$box"
     succeeds
