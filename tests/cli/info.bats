@@ -103,10 +103,17 @@ END
     succeeds
 }
 
+@test "folders of many extensions are packages" {
+    mkdir one.bundle two.rtfd three.PLUGIN four.sparsebundle
+    qm info ./*.*
+    [ "$(grep -cxF '  (macOS Package/Bundle)' "$seen/out")" -eq 4 ] || complain "not four packages"
+    succeeds
+}
+
 @test "only folders are packages" {
-    touch File.app
-    mkdir Plain.txt
-    qm info File.app Plain.txt
+    touch File.app File.bundle File.rtfd File.kext File.pages
+    mkdir Plain.txt Plain
+    qm info File.* Plain*
     if grep -q Package "$seen/out"; then
         complain "a package that is none"
     fi

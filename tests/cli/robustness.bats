@@ -73,6 +73,14 @@ in_many() {
     succeeds
 }
 
+@test "what cannot be read is closed again" {
+    make_file a.txt
+    # shellcheck disable=SC2046 # many words
+    capture bash -c 'ulimit -n 64; exec "$0" checksum "$@"' "$QM" $(printf '/ %.0s' {1..100}) a.txt
+    sha256sum a.txt | stdout_is
+    status_is 1
+}
+
 @test "a command word that is not UTF-8" {
     qm $'\xff\xfe'
     echo "Run 'qm --help' for available commands." | stdout_is
