@@ -15,8 +15,10 @@ target_compile_options(qm_options INTERFACE
 target_compile_options(qm_options INTERFACE
   -fPIC -ffunction-sections -fdata-sections -fstack-protector-strong -fstack-clash-protection
   -fcf-protection)
-target_compile_definitions(qm_options INTERFACE _FILE_OFFSET_BITS=64 _GLIBCXX_ASSERTIONS
-  $<$<AND:$<NOT:$<CONFIG:Debug>>,$<NOT:$<BOOL:${QM_SANITIZE}>>>:_FORTIFY_SOURCE=2>)
+target_compile_definitions(qm_options INTERFACE _FILE_OFFSET_BITS=64 _GLIBCXX_ASSERTIONS)
+if(NOT QM_SANITIZE)
+  target_compile_definitions(qm_options INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
+endif()
 target_link_options(qm_options INTERFACE
   -Wl,--gc-sections -Wl,--as-needed -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
 

@@ -5,6 +5,7 @@
 #include "platform/SystemLog.h"
 
 #include <algorithm>
+#include <exception>
 #include <variant>
 
 using platform::Data;
@@ -23,19 +24,7 @@ std::optional<std::size_t> appendPiece(FileHandle& file, Data& data, std::size_t
     return count;
 }
 
-} // namespace
-
-std::optional<std::size_t> qm_readDataUpToLength(FileHandle& file, std::span<std::byte> buffer) {
-    const FileHandle::ReadResult result = file.read(buffer);
-    if (const auto* error = std::get_if<FileHandle::ReadError>(&result)) {
-        platform::SystemLog::error(
-            platform::format("[NSFileHandle+Quillmere] read error: {}", error->reason));
-        return std::nullopt;
-    }
-    return std::get<std::size_t>(result);
-}
-
-std::optional<Data> qm_readDataUpToLength(FileHandle& file, std::size_t length) {
+std::optional<Data> dataUpToLength(FileHandle& file, std::size_t length) {
     Data data;
     while (data.size() < length) {
         const std::size_t wanted = std::min(length - data.size(), pieceSize);
@@ -50,7 +39,7 @@ std::optional<Data> qm_readDataUpToLength(FileHandle& file, std::size_t length) 
     return data;
 }
 
-std::optional<Data> qm_readDataToEndOfFile(FileHandle& file) {
+std::optional<Data> dataToEndOfFile(FileHandle& file) {
     Data data;
     while (true) {
         const auto count = appendPiece(file, data, pieceSize);
@@ -61,4 +50,36 @@ std::optional<Data> qm_readDataToEndOfFile(FileHandle& file) {
             return data;
         }
     }
+}
+
+// What `read` answers; nothing when it throws, as it does when there is more to read than memory.
+template <class Read>
+std::optional<Data> withoutExceptions(const Read& read) {
+    try {
+        return read();
+    } catch (const std::exception& exception) {
+        platform::SystemLog::error(
+            platform::format("[NSFileHandle+Quillmere] read exception: {}", exception.what()));
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+std::optional<std::size_t> qm_readDataUpToLength(FileHandle& file, std::span<std::byte> buffer) {
+    const FileHandle::ReadResult result = file.read(buffer);
+    if (const auto* error = std::get_if<FileHandle::ReadError>(&result)) {
+        platform::SystemLog::error(
+            platform::format("[NSFileHandle+Quillmere] read error: {}", error->reason));
+        return std::nullopt;
+    }
+    return std::get<std::size_t>(result);
+}
+
+std::optional<Data> qm_readDataUpToLength(FileHandle& file, std::size_t length) {
+    return withoutExceptions([&file, length] { return dataUpToLength(file, length); });
+}
+
+std::optional<Data> qm_readDataToEndOfFile(FileHandle& file) {
+    return withoutExceptions([&file] { return dataToEndOfFile(file); });
 }

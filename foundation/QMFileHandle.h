@@ -8,8 +8,9 @@
 #include <optional>
 #include <span>
 
-/// Helpers that read from file handles. A failed read writes one line to the system log, nothing
-/// to the terminal, and answers nullopt. One thread at a time per handle.
+/// Helpers that read from file handles. A failed read, or memory that runs out, writes one line
+/// to the system log, nothing to the terminal, and answers nullopt. One thread at a time per
+/// handle.
 
 /// All bytes from the current position to the end of the file; empty at the end.
 [[nodiscard]] std::optional<platform::Data> qm_readDataToEndOfFile(platform::FileHandle& file);

@@ -12,7 +12,6 @@
 #include <functional>
 #include <utility>
 
-using platform::FileStatus;
 using platform::FileURL;
 using platform::ResourceKey;
 using platform::ResourceValues;

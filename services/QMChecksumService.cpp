@@ -5,7 +5,7 @@
 #include "foundation/QMFileHandle.h"
 #include "platform/Digest.h"
 
-#include <exception>
+#include <new>
 #include <vector>
 
 namespace Digest = platform::Digest;
@@ -69,16 +69,17 @@ std::string_view QMChecksumService::displayNameForAlgorithm(QMChecksumAlgorithm 
 std::optional<std::string> QMChecksumService::checksumForFileAtPath(const std::string& path,
                                                                     QMChecksumAlgorithm algorithm) {
     auto file = platform::FileHandle::forReadingAtPath(path);
-    if (!file) {
-        return std::nullopt;
-    }
+    return file ? checksumForFileHandle(*file, algorithm) : std::nullopt;
+}
+
+std::optional<std::string> QMChecksumService::checksumForFileHandle(platform::FileHandle& file,
+                                                                    QMChecksumAlgorithm algorithm) {
     try {
         Contexts contexts;
-        feed(contexts, algorithm, *file);
-        file->close();
+        feed(contexts, algorithm, file);
         return finish(contexts, algorithm);
-    } catch (const std::exception&) {
-        return std::nullopt; // out of memory; the handle closes itself
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
     }
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Data.h"
+#include "platform/FileHandle.h"
 
 #include <cstdint>
 #include <functional>
@@ -31,6 +32,10 @@ public:
     /// is in the system log.
     [[nodiscard]] static std::optional<std::string>
     checksumForFileAtPath(const std::string& path, QMChecksumAlgorithm algorithm);
+
+    /// The same for what is left of an open file; the caller closes it.
+    [[nodiscard]] static std::optional<std::string>
+    checksumForFileHandle(platform::FileHandle& file, QMChecksumAlgorithm algorithm);
 
     using Completion = std::function<void(std::optional<std::string>)>;
     /// The same on a global queue; returns at once. `completion`, unless empty, gets the result

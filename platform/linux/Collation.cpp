@@ -14,7 +14,11 @@ namespace {
 
 std::unique_ptr<icu::Collator> makeCollator() {
     UErrorCode status = U_ZERO_ERROR;
-    const auto locale = icu::Locale::createCanonical(localeName("LC_COLLATE").c_str());
+    const std::string name = localeName("LC_COLLATE");
+    // The POSIX locale puts every capital before every small letter; nobody who reads a list
+    // without a locale wants that order.
+    const auto locale = name == posixLocaleName ? icu::Locale::getRoot()
+                                                : icu::Locale::createCanonical(name.c_str());
     std::unique_ptr<icu::Collator> collator(icu::Collator::createInstance(locale, status));
     if (U_FAILURE(status) != 0) {
         return nullptr;

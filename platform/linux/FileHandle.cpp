@@ -8,8 +8,9 @@
 #include <utility>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
+
+#include <sys/stat.h>
 
 namespace platform {
 
@@ -45,6 +46,7 @@ FileHandle::~FileHandle() {
     close();
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): it moves the file's position
 FileHandle::ReadResult FileHandle::read(std::span<std::byte> buffer) {
     std::size_t filled = 0;
     while (filled < buffer.size()) {

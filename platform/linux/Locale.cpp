@@ -37,7 +37,7 @@ std::string localeName(const char* category) {
     }
     name = name.substr(0, name.find_first_of(".@"));
     const bool isPosix = name.empty() || name == "C" || name == "POSIX";
-    return isPosix ? "en_US_POSIX" : std::string(name);
+    return std::string(isPosix ? posixLocaleName : name);
 }
 
 std::string_view decimalSeparator() {

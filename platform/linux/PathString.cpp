@@ -105,11 +105,10 @@ std::string removingDots(std::string_view path) {
         if (component == ".") {
             continue;
         }
-        if (component != "..") {
-            kept.push_back(component);
-        } else if (!kept.empty() && kept.back() != "..") {
+        const bool isParent = component == "..";
+        if (isParent && !kept.empty() && kept.back() != "..") {
             kept.pop_back();
-        } else if (!absolute) {
+        } else if (!isParent || !absolute) {
             kept.push_back(component);
         }
     }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/SystemLog.h"
 
+#include "tests/unit/support/LogRecorder.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <memory>
@@ -15,22 +17,6 @@
 namespace {
 
 namespace SystemLog = platform::SystemLog;
-
-/// Collects what is logged while it lives. Needs no lock: the sink is called for one message at
-/// a time, and that is one of the things under test.
-class LogRecorder {
-public:
-    LogRecorder() {
-        SystemLog::setSink([this](std::string_view message) { messages.emplace_back(message); });
-    }
-    LogRecorder(const LogRecorder&) = delete;
-    LogRecorder(LogRecorder&&) = delete;
-    LogRecorder& operator=(const LogRecorder&) = delete;
-    LogRecorder& operator=(LogRecorder&&) = delete;
-    ~LogRecorder() { SystemLog::setSink({}); }
-
-    std::vector<std::string> messages;
-};
 
 using Messages = std::vector<std::string>;
 
