@@ -11,8 +11,7 @@ namespace platform::FileManager {
 /// dangling link does not exist. False for an empty path and for one that cannot be reached.
 [[nodiscard]] bool fileExistsAtPath(const std::string& path);
 
-/// The process's current directory; when it was removed, the path it had; empty when it has none,
-/// for example because it lies outside the process's root directory.
+/// The process's current directory; empty when it was removed or cannot be read.
 [[nodiscard]] std::string currentDirectoryPath();
 
 /// The home directory of the user who runs the process: the HOME variable, else the account's.

@@ -4,15 +4,10 @@
 #include "platform/linux/Accounts.h"
 
 #include <cstdlib>
-#include <filesystem>
 #include <memory>
-#include <string_view>
-#include <system_error>
-#include <utility>
-
-#include <unistd.h>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace platform::FileManager {
 namespace {
@@ -29,18 +24,6 @@ std::optional<std::string> owned(CText text) {
     return std::string(text.get());
 }
 
-// What the kernel remembers of a current directory that was removed.
-std::string formerDirectoryPath() {
-    constexpr std::string_view mark = " (deleted)";
-    std::error_code error;
-    std::string path = std::filesystem::read_symlink("/proc/self/cwd", error).string();
-    if (error || !path.starts_with('/') || !path.ends_with(mark)) {
-        return {};
-    }
-    path.resize(path.size() - mark.size());
-    return path;
-}
-
 } // namespace
 
 bool fileExistsAtPath(const std::string& path) {
@@ -49,8 +32,7 @@ bool fileExistsAtPath(const std::string& path) {
 }
 
 std::string currentDirectoryPath() {
-    auto path = owned(CText(::getcwd(nullptr, 0)));
-    return path ? *std::move(path) : formerDirectoryPath();
+    return owned(CText(::getcwd(nullptr, 0))).value_or(std::string());
 }
 
 std::optional<std::string> homeDirectory() {
