@@ -59,7 +59,11 @@ std::string qm_absolutePath(const std::string& path) {
     if (path.starts_with('/')) {
         return path;
     }
+    const std::string directory = platform::FileManager::currentDirectoryPath();
+    if (directory.empty()) {
+        // The system still finds what it can by the operand itself.
+        return path;
+    }
     namespace PathString = platform::PathString;
-    return PathString::standardizing(
-        PathString::appendingPathComponent(platform::FileManager::currentDirectoryPath(), path));
+    return PathString::standardizing(PathString::appendingPathComponent(directory, path));
 }

@@ -85,5 +85,6 @@ void qm_jsonRecords(platform::Json::Array records);
 
 /// The absolute form of a path given on the command line. A path that begins with "/" is returned
 /// as it is; others are taken from the current directory, and "." and ".." and redundant slashes
-/// are removed. A tilde is an ordinary character.
+/// are removed. A tilde is an ordinary character. When the current directory was removed, the path
+/// is returned as it is.
 [[nodiscard]] std::string qm_absolutePath(const std::string& path);

@@ -17,10 +17,12 @@ bool takesValue(std::string_view shortOption) {
 }
 
 bool isShortOption(std::string_view word) {
-    if (!word.starts_with('-') || word.size() < 2) {
+    // A character counts in units of UTF-16: those that take four bytes of UTF-8 are two.
+    constexpr std::size_t longestCharacter = 3;
+    if (!word.starts_with('-') || word.size() < 2 || word.size() > 1 + longestCharacter) {
         return false;
     }
-    // One character may be several bytes of UTF-8; continuation bytes begin with the bits 10.
+    // All bytes of a character but its first begin with the bits 10.
     return std::ranges::all_of(word.substr(2), [](char byte) {
         return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U;
     });

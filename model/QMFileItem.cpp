@@ -40,6 +40,11 @@ bool isArchiveFile(const std::string& uti, const std::string& name) {
     return isArchiveExtension(last) || isArchiveExtension(platform::format("{}.{}", inner, last));
 }
 
+// Accounts are numbered as signed integers here, so that "nobody" of some systems reads -2.
+std::string numberText(std::uint32_t account) {
+    return std::to_string(static_cast<std::int32_t>(account));
+}
+
 std::string permissionText(char type, std::uint32_t mode) {
     constexpr std::string_view letters = "rwxrwxrwx";
     std::string text(1, type);
@@ -152,8 +157,8 @@ void QMFileItem::populateFromStatus(const std::string& path) {
     const char type = m_isSymlink ? 'l' : target->isDirectory ? 'd' : '-';
     m_posixPermissions = target->mode & 0777U;
     m_permissions = permissionText(type, target->mode);
-    m_ownerName = platform::userName(target->ownerID).value_or(std::to_string(target->ownerID));
-    m_groupName = platform::groupName(target->groupID).value_or(std::to_string(target->groupID));
+    m_ownerName = platform::userName(target->ownerID).value_or(numberText(target->ownerID));
+    m_groupName = platform::groupName(target->groupID).value_or(numberText(target->groupID));
 }
 
 void QMFileItem::encodeWithCoder(platform::KeyedArchiver& coder) const {

@@ -83,7 +83,8 @@ public:
     [[nodiscard]] const std::optional<std::string>& permissions() const { return m_permissions; }
     /// The lowest nine bits of the mode, of a link its target's.
     [[nodiscard]] std::uint64_t posixPermissions() const { return m_posixPermissions; }
-    /// Names of the owning user and group, or their numbers when they have no account.
+    /// Names of the owning user and group, or their numbers, as signed 32-bit integers, when they
+    /// have no account.
     [[nodiscard]] const std::optional<std::string>& ownerName() const { return m_ownerName; }
     [[nodiscard]] const std::optional<std::string>& groupName() const { return m_groupName; }
 

@@ -42,7 +42,8 @@ public:
     void close();
 
 private:
-    explicit FileHandle(int descriptor) : m_descriptor(descriptor) {}
+    explicit FileHandle(int descriptor)
+        : m_descriptor(descriptor) {}
     int m_descriptor = -1;
 };
 

@@ -11,8 +11,8 @@ namespace platform {
 /// in a URL are percent-encoded in its text form, so that every path survives the round trip.
 class FileURL {
 public:
-    /// The URL of `path`; a relative path is taken from the current directory. Trailing slashes
-    /// go, except from "/"; "." and ".." stay.
+    /// The URL of `path`; a relative path is taken from the current directory, and stays relative
+    /// when that is gone. Trailing slashes go, except from "/"; "." and ".." stay.
     [[nodiscard]] static FileURL fromPath(std::string_view path);
 
     /// Parses an absolute "file:" URL of this computer (no host, or "localhost"). nullopt for
@@ -25,13 +25,15 @@ public:
     /// The last component of the path; "/" for the root.
     [[nodiscard]] std::string lastPathComponent() const;
 
-    /// The URL's text: "file://" and the percent-encoded path.
+    /// The URL's text: "file://" and the percent-encoded path; "file:" and the path for a relative
+    /// one, which `parse` does not read.
     [[nodiscard]] std::string absoluteString() const;
 
     friend bool operator==(const FileURL&, const FileURL&) = default;
 
 private:
-    explicit FileURL(std::string path) : m_path(std::move(path)) {}
+    explicit FileURL(std::string path)
+        : m_path(std::move(path)) {}
     std::string m_path;
 };
 

@@ -79,7 +79,8 @@ class BasicFormatString {
 public:
     template <std::convertible_to<std::string_view> Text>
     // NOLINTNEXTLINE(google-explicit-constructor,bugprone-forwarding-reference-overload)
-    consteval BasicFormatString(const Text& text) : m_text(text) {
+    consteval BasicFormatString(const Text& text)
+        : m_text(text) {
         constexpr std::array<detail::ArgumentKind, sizeof...(Args)> kinds{
             detail::argumentKind<Args>()...};
         detail::checkFormat(m_text, kinds);

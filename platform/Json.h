@@ -15,21 +15,28 @@ class Json {
 public:
     using Array = std::vector<Json>;
     using Object = std::vector<std::pair<std::string, Json>>;
-    using Value =
-        std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double, std::string, Array,
-                     Object>;
+    using Value = std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double,
+                               std::string, Array, Object>;
 
     Json() = default;
     // NOLINTBEGIN(google-explicit-constructor): a value of each kind is a JSON value
     Json(std::nullptr_t) {}
-    Json(bool value) : m_value(value) {}
-    Json(std::int64_t value) : m_value(value) {}
-    Json(std::uint64_t value) : m_value(value) {}
-    Json(double value) : m_value(value) {}
-    Json(std::string value) : m_value(std::move(value)) {}
-    Json(const char* value) : m_value(std::string(value)) {}
-    Json(Array value) : m_value(std::move(value)) {}
-    Json(Object value) : m_value(std::move(value)) {}
+    Json(bool value)
+        : m_value(value) {}
+    Json(std::int64_t value)
+        : m_value(value) {}
+    Json(std::uint64_t value)
+        : m_value(value) {}
+    Json(double value)
+        : m_value(value) {}
+    Json(std::string value)
+        : m_value(std::move(value)) {}
+    Json(const char* value)
+        : m_value(std::string(value)) {}
+    Json(Array value)
+        : m_value(std::move(value)) {}
+    Json(Object value)
+        : m_value(std::move(value)) {}
     // NOLINTEND(google-explicit-constructor)
 
     [[nodiscard]] const Value& value() const { return m_value; }

@@ -32,20 +32,28 @@ public:
     };
     using Array = std::vector<PropertyList>;
     using Dictionary = std::map<std::string, PropertyList, std::less<>>;
-    using Value = std::variant<bool, std::int64_t, double, std::string, Data, AbsoluteTime,
-                               UID, Array, Dictionary>;
+    using Value = std::variant<bool, std::int64_t, double, std::string, Data, AbsoluteTime, UID,
+                               Array, Dictionary>;
 
     enum class Format { binary, xml };
 
     // NOLINTBEGIN(google-explicit-constructor): a value of each kind is a property list
-    PropertyList(Value value) : m_value(std::move(value)) {}
-    PropertyList(std::int64_t number) : m_value(number) {}
-    PropertyList(UID reference) : m_value(reference) {}
-    PropertyList(Data bytes) : m_value(std::move(bytes)) {}
-    PropertyList(std::string text) : m_value(std::move(text)) {}
-    PropertyList(const char* text) : m_value(std::string(text)) {}
-    PropertyList(Array array) : m_value(std::move(array)) {}
-    PropertyList(Dictionary dictionary) : m_value(std::move(dictionary)) {}
+    PropertyList(Value value)
+        : m_value(std::move(value)) {}
+    PropertyList(std::int64_t number)
+        : m_value(number) {}
+    PropertyList(UID reference)
+        : m_value(reference) {}
+    PropertyList(Data bytes)
+        : m_value(std::move(bytes)) {}
+    PropertyList(std::string text)
+        : m_value(std::move(text)) {}
+    PropertyList(const char* text)
+        : m_value(std::string(text)) {}
+    PropertyList(Array array)
+        : m_value(std::move(array)) {}
+    PropertyList(Dictionary dictionary)
+        : m_value(std::move(dictionary)) {}
     // NOLINTEND(google-explicit-constructor)
 
     /// Reads a binary or XML property list. nullopt for everything else, for damaged ones, for
@@ -63,9 +71,7 @@ public:
     [[nodiscard]] const Data* data() const { return std::get_if<Data>(&m_value); }
     [[nodiscard]] const UID* uid() const { return std::get_if<UID>(&m_value); }
     [[nodiscard]] const Array* array() const { return std::get_if<Array>(&m_value); }
-    [[nodiscard]] const Dictionary* dictionary() const {
-        return std::get_if<Dictionary>(&m_value);
-    }
+    [[nodiscard]] const Dictionary* dictionary() const { return std::get_if<Dictionary>(&m_value); }
     /// The value under `key` when this is a dictionary that has it, else null.
     [[nodiscard]] const PropertyList* valueForKey(std::string_view key) const;
 

@@ -22,7 +22,8 @@ using Clock = std::chrono::steady_clock;
 class NameCache {
 public:
     using Lookup = std::optional<std::string> (*)(std::uint32_t);
-    explicit NameCache(Lookup lookup) : m_lookup(lookup) {}
+    explicit NameCache(Lookup lookup)
+        : m_lookup(lookup) {}
 
     std::optional<std::string> name(std::uint32_t number) {
         const auto now = Clock::now();

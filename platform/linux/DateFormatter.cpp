@@ -35,8 +35,8 @@ DateFormatter::DateFormatter(std::string_view pattern)
     UErrorCode status = U_ZERO_ERROR;
     const icu::StringPiece text(pattern.data(), static_cast<int32_t>(pattern.size()));
     const auto locale = icu::Locale::createCanonical(localeName("LC_TIME").c_str());
-    m_implementation->format = std::make_unique<icu::SimpleDateFormat>(
-        icu::UnicodeString::fromUTF8(text), locale, status);
+    m_implementation->format =
+        std::make_unique<icu::SimpleDateFormat>(icu::UnicodeString::fromUTF8(text), locale, status);
     if (U_FAILURE(status) != 0) {
         m_implementation->format.reset();
         return;

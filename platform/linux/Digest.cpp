@@ -95,10 +95,10 @@ std::array<std::byte, sha256Length> hmacSHA256(DataView key, DataView message) {
     const void* keyBytes = key.empty() ? static_cast<const void*>(&emptyKey) : key.data();
     std::array<std::byte, sha256Length> digest{};
     // NOLINTBEGIN(cppcoreguidelines-pro-type-reinterpret-cast): bytes as unsigned char
-    const auto* result = HMAC(EVP_sha256(), keyBytes, static_cast<int>(key.size()),
-                              reinterpret_cast<const unsigned char*>(message.data()),
-                              message.size(), reinterpret_cast<unsigned char*>(digest.data()),
-                              nullptr);
+    const auto* result =
+        HMAC(EVP_sha256(), keyBytes, static_cast<int>(key.size()),
+             reinterpret_cast<const unsigned char*>(message.data()), message.size(),
+             reinterpret_cast<unsigned char*>(digest.data()), nullptr);
     // NOLINTEND(cppcoreguidelines-pro-type-reinterpret-cast)
     if (result == nullptr) {
         throw std::bad_alloc();

@@ -6,8 +6,9 @@
 #include <cstdlib>
 #include <memory>
 
-#include <sys/stat.h>
 #include <unistd.h>
+
+#include <sys/stat.h>
 
 namespace platform::FileManager {
 namespace {

@@ -7,8 +7,7 @@ namespace platform {
 
 std::optional<FileStatus> statusOfItem(const std::string& path, bool followLink) {
     struct stat status {};
-    const int result =
-        followLink ? ::stat(path.c_str(), &status) : ::lstat(path.c_str(), &status);
+    const int result = followLink ? ::stat(path.c_str(), &status) : ::lstat(path.c_str(), &status);
     if (result != 0) {
         return std::nullopt;
     }

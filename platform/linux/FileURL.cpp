@@ -84,10 +84,11 @@ FileURL FileURL::fromPath(std::string_view path) {
         return FileURL(withoutTrailingSlashes(std::string(path)));
     }
     std::string absolute = FileManager::currentDirectoryPath();
-    if (!path.empty()) {
-        absolute.append("/").append(path);
+    if (!absolute.empty() && !path.empty()) {
+        absolute.push_back('/');
     }
-    return FileURL(absolute.empty() ? "/" : withoutTrailingSlashes(std::move(absolute)));
+    absolute.append(path);
+    return FileURL(absolute.empty() ? "." : withoutTrailingSlashes(std::move(absolute)));
 }
 
 std::optional<FileURL> FileURL::parse(std::string_view text) {
@@ -114,7 +115,7 @@ std::string FileURL::lastPathComponent() const {
 }
 
 std::string FileURL::absoluteString() const {
-    std::string text = "file://";
+    std::string text = m_path.starts_with('/') ? "file://" : "file:";
     for (const char c : m_path) {
         if (mayStandInPath(c)) {
             text.push_back(c);

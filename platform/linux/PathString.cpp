@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/PathString.h"
 
+#include "platform/FileManager.h"
+
 #include <algorithm>
 #include <array>
 #include <vector>
-
-#include "platform/FileManager.h"
 
 namespace platform::PathString {
 namespace {

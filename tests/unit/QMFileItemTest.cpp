@@ -208,6 +208,9 @@ TEST(QMFileItem, OwnersWithoutAccountAreNumbers) {
     }
     EXPECT_EQ(itemAt(path)->ownerName(), "54321");
     EXPECT_EQ(itemAt(path)->groupName(), "54322");
+    ASSERT_EQ(::chown(path.c_str(), 4'294'967'294U, 4'294'967'293U), 0);
+    EXPECT_EQ(itemAt(path)->ownerName(), "-2");
+    EXPECT_EQ(itemAt(path)->groupName(), "-3");
     ASSERT_EQ(::chown(path.c_str(), 0, 0), 0);
     EXPECT_EQ(itemAt(path)->ownerName(), "root");
     EXPECT_EQ(itemAt(path)->groupName(), "root");
