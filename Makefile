@@ -19,8 +19,8 @@ all: build
 
 build:
 	@packaging/install-packages build >&2
-	@cmake --preset release >/dev/null
-	@cmake --build --preset release >&2
+	@test -e $(BUILD)/CMakeCache.txt || cmake --preset release -DQM_BUILD_TESTS=OFF >/dev/null
+	@cmake --build --preset release --target qm >&2
 
 run: build
 	@$(BUILD)/qm $(ARGS)
