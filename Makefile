@@ -19,7 +19,7 @@ all: build
 
 build:
 	@packaging/install-packages build >&2
-	@test -e $(BUILD)/CMakeCache.txt || cmake --preset release -DQM_BUILD_TESTS=OFF >/dev/null
+	@test -e $(BUILD)/build.ninja || cmake --preset release -DQM_BUILD_TESTS=OFF >/dev/null
 	@cmake --build --preset release --target qm >&2
 
 run: build
