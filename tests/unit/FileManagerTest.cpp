@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -36,7 +37,9 @@ TEST(FileManager, HomeIsTheVariableElseTheAccounts) {
     EXPECT_EQ(account, "/root");
     EXPECT_EQ(FileManager::homeDirectoryForUser("no-such-user"), std::nullopt);
     const EnvironmentVariable home("HOME", nullptr);
-    EXPECT_NE(FileManager::homeDirectory(), "/nonexistent");
+    const auto user = platform::userName(::getuid());
+    ASSERT_TRUE(user);
+    EXPECT_EQ(FileManager::homeDirectory(), FileManager::homeDirectoryForUser(*user));
 }
 
 TEST(FileManager, ResolvesLinksOfPathsThatExist) {
