@@ -41,6 +41,14 @@ std::string qm_uniquePathInDirectory(std::string_view name, std::string_view dir
     return candidate;
 }
 
+std::string qm_joined(const std::vector<std::string>& texts, std::string_view separator) {
+    std::string result;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        result.append(i == 0 ? std::string_view() : separator).append(texts[i]);
+    }
+    return result;
+}
+
 std::string qm_abbreviatedPath(std::string_view path) {
     return PathString::abbreviatingWithTilde(path);
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// Helpers on strings: type identifiers, sizes, file names and paths. Texts are UTF-8, paths are
 /// bytes that pass through unharmed. None fails or throws; any thread.
@@ -26,6 +27,10 @@
 /// may take the name before the caller does.
 [[nodiscard]] std::string qm_uniquePathInDirectory(std::string_view name,
                                                    std::string_view directory);
+
+/// `texts` in their order with `separator` between them.
+[[nodiscard]] std::string qm_joined(const std::vector<std::string>& texts,
+                                    std::string_view separator);
 
 /// `path` with the user's home directory replaced by "~"; other paths unchanged.
 [[nodiscard]] std::string qm_abbreviatedPath(std::string_view path);

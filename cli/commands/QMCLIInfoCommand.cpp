@@ -45,14 +45,6 @@ std::string sizeText(const QMFileItem& item) {
     return qm_humanReadableSize(static_cast<std::int64_t>(item.size()));
 }
 
-std::string joined(const std::vector<std::string>& tags) {
-    std::string text;
-    for (const std::string& tag : tags) {
-        text.append(text.empty() ? "" : ", ").append(tag);
-    }
-    return text;
-}
-
 Json record(const QMFileItem& item) {
     Json::Object members{
         {"name", orEmpty(item.name())},
@@ -94,7 +86,7 @@ void printBlock(const QMFileItem& item) {
     qm_print("  Permissions:  {} ({:o})", orDash(item.permissions()), item.posixPermissions());
     qm_print("  Owner:        {}:{}", orDash(item.ownerName()), orDash(item.groupName()));
     if (!item.tags().empty()) {
-        qm_print("  Tags:         {}", joined(item.tags()));
+        qm_print("  Tags:         {}", qm_joined(item.tags(), ", "));
     }
     if (item.isSymlink()) {
         qm_dim("  (Symbolic link)");

@@ -1,11 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/FileManager.h"
 
+#include "platform/FileHandle.h"
 #include "platform/linux/Accounts.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
+#include <span>
+#include <variant>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <sys/stat.h>
@@ -30,6 +35,35 @@ std::optional<std::string> owned(CText text) {
 bool fileExistsAtPath(const std::string& path) {
     struct stat status {};
     return ::stat(path.c_str(), &status) == 0;
+}
+
+std::optional<Data> contentsAtPath(const std::string& path, std::size_t maximumSize) {
+    constexpr std::size_t pieceSize = std::size_t{16} * 1024;
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    if (descriptor < 0) {
+        return std::nullopt;
+    }
+    FileHandle file = FileHandle::fromDescriptor(descriptor);
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+        return std::nullopt;
+    }
+    // The size that the file claims is not asked: those under /proc claim none.
+    Data contents;
+    while (contents.size() <= maximumSize) {
+        const std::size_t start = contents.size();
+        contents.resize(start + std::min(pieceSize, maximumSize + 1 - start));
+        const auto result = file.read(std::span(contents).subspan(start));
+        const std::size_t* count = std::get_if<std::size_t>(&result);
+        if (count == nullptr) {
+            return std::nullopt;
+        }
+        contents.resize(start + *count);
+        if (*count == 0) {
+            return contents;
+        }
+    }
+    return std::nullopt;
 }
 
 std::string currentDirectoryPath() {

@@ -1,99 +1,87 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/FileTags.h"
 
-#include "platform/linux/TagNames.h"
+#include "platform/linux/ExtendedAttributes.h"
+#include "platform/linux/TagRecord.h"
 
-#include <array>
+#include <algorithm>
 #include <cerrno>
-#include <cstring>
-#include <string_view>
-
-#include <sys/xattr.h>
+#include <system_error>
+#include <utility>
 
 namespace platform::FileTags {
 namespace {
 
-using TagNames::Names;
+using ExtendedAttributes::NameList;
 
-// The desktops' attribute.
-constexpr const char* desktopAttribute = "user.xdg.tags";
-
-// The Finder's attribute as it arrives here: copied as it is, or stored as a stream by Samba,
-// which writes the colon in a name as U+F022 on some versions.
-constexpr std::array<const char*, 3> finderAttributes{
-    "user.com.apple.metadata:_kMDItemUserTags",
-    "user.DosStream.com.apple.metadata:_kMDItemUserTags:$DATA",
-    "user.DosStream.com.apple.metadata\xEF\x80\xA2_kMDItemUserTags:$DATA",
-};
-
-// The kernel's own limit for one value (XATTR_SIZE_MAX).
-constexpr std::size_t maximumValueSize = 65536;
-
-std::optional<std::string> attribute(const std::string& path, const char* name) {
-    std::string value(256, '\0');
-    ssize_t size = ::lgetxattr(path.c_str(), name, value.data(), value.size());
-    if (size < 0 && errno == ERANGE) {
-        value.resize(maximumValueSize);
-        size = ::lgetxattr(path.c_str(), name, value.data(), value.size());
+TagRecord recordOf(const std::string& path) {
+    TagRecord record;
+    const NameList names(path);
+    const auto valueIfListed = [&path, &names](const char* attribute) {
+        return names.contains(attribute) ? ExtendedAttributes::value(path, attribute)
+                                         : std::nullopt;
+    };
+    if (names.empty()) {
+        return record;
     }
-    if (size < 0) {
-        return std::nullopt;
-    }
-    value.resize(static_cast<std::size_t>(size));
-    return value;
+    record.desktop = valueIfListed(TagAttributes::desktop);
+    std::ranges::transform(TagAttributes::finder, record.finder.begin(), valueIfListed);
+    record.base = valueIfListed(TagAttributes::base);
+    return record;
 }
 
-// The names of all attributes, each ended by a NUL. One call for the many files without any.
-std::string attributeNames(const std::string& path) {
-    std::string names(1024, '\0');
-    ssize_t size = ::llistxattr(path.c_str(), names.data(), names.size());
-    if (size < 0 && errno == ERANGE) {
-        names.resize(maximumValueSize);
-        size = ::llistxattr(path.c_str(), names.data(), names.size());
+Refusal refusalFor(int error) {
+    switch (error) {
+    case EACCES:
+    case EPERM: return Refusal::noPermission;
+    case EROFS: return Refusal::readOnlyVolume;
+    case ENOENT:
+    case ENOTDIR: return Refusal::noSuchItem;
+    case ENOSPC:
+    case EDQUOT: return Refusal::noSpace;
+    default: return Refusal::other;
     }
-    names.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
-    return names;
 }
 
-bool contains(const std::string& names, const char* name) {
-    const std::string_view wanted(name, std::strlen(name) + 1);
-    for (auto at = names.find(wanted); at != std::string::npos; at = names.find(wanted, at + 1)) {
-        if (at == 0 || names[at - 1] == '\0') {
-            return true;
-        }
-    }
-    return false;
+SystemError systemError(int error) {
+    return {refusalFor(error), std::system_category().message(error)};
 }
 
-std::optional<Names> readFinderNames(const std::string& path, const std::string& attributes) {
-    for (const char* name : finderAttributes) {
-        if (!contains(attributes, name)) {
-            continue;
-        }
-        if (auto value = attribute(path, name)) {
-            if (auto names = TagNames::fromFinderValue(*std::move(value))) {
-                return names;
-            }
-        }
+// Takes back the first `count` changes, the last one first.
+void undo(const std::string& path, TagRecord& old, const std::vector<TagChange>& changes,
+          std::size_t count) {
+    for (; count > 0; --count) {
+        const char* const attribute = changes[count - 1].attribute;
+        // There is nothing left to do about a failure here; the first one is reported.
+        static_cast<void>(ExtendedAttributes::store(path, attribute, valueOf(old, attribute)));
     }
-    return std::nullopt;
 }
 
 } // namespace
 
 std::optional<std::vector<std::string>> read(const std::string& path) {
-    const std::string attributes = attributeNames(path);
-    std::optional<Names> desktop;
-    if (contains(attributes, desktopAttribute)) {
-        if (const auto value = attribute(path, desktopAttribute)) {
-            desktop = TagNames::fromDesktopValue(*value);
+    return recordOf(path).names();
+}
+
+std::optional<SystemError> write(const std::string& path, const std::vector<std::string>& names,
+                                 Damaged damaged) {
+    TagRecord record = recordOf(path);
+    if (damaged == Damaged::keep && record.isDamaged()) {
+        return SystemError{Refusal::other, "the Finder's tags on it are damaged"};
+    }
+    const auto changes = changesFor(record, names);
+    if (!changes) {
+        return systemError(EILSEQ);
+    }
+    for (std::size_t done = 0; done < changes->size(); ++done) {
+        const TagChange& change = (*changes)[done];
+        const int error = ExtendedAttributes::store(path, change.attribute, change.value);
+        if (error != 0) {
+            undo(path, record, *changes, done);
+            return systemError(error);
         }
     }
-    std::optional<Names> finder = readFinderNames(path, attributes);
-    if (!desktop || !finder) {
-        return desktop ? desktop : finder;
-    }
-    return TagNames::reconciled(*std::move(desktop), *std::move(finder));
+    return std::nullopt;
 }
 
 } // namespace platform::FileTags

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/HiddenNames.h"
 
-#include "platform/FileHandle.h"
+#include "platform/FileManager.h"
 
-#include <array>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <unordered_set>
-
-#include <fcntl.h>
 
 #include <sys/stat.h>
 
@@ -38,24 +36,9 @@ std::optional<Identity> identityOf(const std::string& path) {
 }
 
 std::string contentsOf(const std::string& path) {
-    // Not blocking, since the file may have become a FIFO after it was looked at.
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
-    if (descriptor < 0) {
-        return {};
-    }
-    FileHandle file = FileHandle::fromDescriptor(descriptor);
-    std::string contents;
-    std::array<std::byte, 4096> buffer{};
-    while (contents.size() <= maximumSize) {
-        const auto result = file.read(buffer);
-        const std::size_t* count = std::get_if<std::size_t>(&result);
-        if (count == nullptr || *count == 0) {
-            return contents;
-        }
-        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
-        contents.append(reinterpret_cast<const char*>(buffer.data()), *count);
-    }
-    return {};
+    const Data contents = FileManager::contentsAtPath(path, maximumSize).value_or(Data());
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
+    return {reinterpret_cast<const char*>(contents.data()), contents.size()};
 }
 
 std::unordered_set<std::string> linesOf(std::string_view text) {

@@ -62,7 +62,7 @@ std::optional<PropertyList> convertedDictionary(plist_t node, std::size_t depth)
             return std::optional<PropertyList>(std::in_place, std::move(result));
         }
         auto value = converted(item, depth + 1);
-        if (key == nullptr || !value) {
+        if (key == nullptr || !isUTF8(key) || !value) {
             return std::nullopt;
         }
         result.insert_or_assign(key, *std::move(value));
@@ -73,7 +73,8 @@ std::optional<PropertyList> convertedText(plist_t node) {
     char* text = nullptr;
     plist_get_string_val(node, &text);
     const Memory<char> owner(text);
-    return text == nullptr ? std::nullopt : std::optional<PropertyList>(PropertyList(text));
+    const bool isText = text != nullptr && isUTF8(text);
+    return isText ? std::optional<PropertyList>(std::in_place, text) : std::nullopt;
 }
 
 std::optional<PropertyList> convertedData(plist_t node) {

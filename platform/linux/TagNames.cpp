@@ -4,19 +4,35 @@
 #include "platform/PropertyList.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace platform::TagNames {
 namespace {
 
-// The list as the desktops would have stored and read it: no commas, no empty names.
-Names asDesktopsReadIt(const Names& names) {
-    Names result;
-    for (const std::string& name : names) {
-        std::ranges::move(fromDesktopValue(name), std::back_inserter(result));
+constexpr char separator = ',';
+constexpr char colorMark = '\n';
+
+std::string textOf(DataView bytes) {
+    std::string text;
+    text.reserve(bytes.size() + 1);
+    for (const std::byte byte : bytes) {
+        text.push_back(static_cast<char>(byte));
     }
-    return result;
+    return text;
+}
+
+std::optional<Names> textsIn(const std::optional<PropertyList>& list) {
+    if (!list || list->array() == nullptr) {
+        return std::nullopt;
+    }
+    Names texts;
+    for (const PropertyList& element : *list->array()) {
+        if (element.string() == nullptr) {
+            return std::nullopt;
+        }
+        texts.push_back(*element.string());
+    }
+    return texts;
 }
 
 } // namespace
@@ -24,43 +40,62 @@ Names asDesktopsReadIt(const Names& names) {
 Names fromDesktopValue(std::string_view value) {
     Names names;
     while (!value.empty()) {
-        const auto comma = value.find(',');
-        if (comma != 0) {
-            names.emplace_back(value.substr(0, comma));
+        const auto end = value.find(separator);
+        if (end != 0) {
+            names.emplace_back(value.substr(0, end));
         }
-        value.remove_prefix(comma == std::string_view::npos ? value.size() : comma + 1);
+        value.remove_prefix(end == std::string_view::npos ? value.size() : end + 1);
     }
     return names;
 }
 
-std::optional<Names> fromFinderValue(std::string value) {
-    auto list = PropertyList::parse(bytesOf(value));
-    if (!list && value.ends_with('\0')) {
-        value.pop_back();
-        list = PropertyList::parse(bytesOf(value));
+std::string toDesktopValue(const Names& names) {
+    std::string value;
+    for (const std::string& name : withoutColors(names)) {
+        if (!value.empty() && !name.empty()) {
+            value.push_back(separator);
+        }
+        value.append(name);
     }
-    if (!list || list->array() == nullptr) {
+    // A name of commas alone leaves nothing to read.
+    return fromDesktopValue(value).empty() ? std::string() : value;
+}
+
+bool fitsDesktops(std::string_view name) {
+    return !name.empty() && name.find(separator) == std::string_view::npos &&
+           name.find(colorMark) == std::string_view::npos;
+}
+
+std::optional<FinderList> fromFinderValue(std::string value) {
+    if (auto entries = textsIn(PropertyList::parse(bytesOf(value)))) {
+        return FinderList{*std::move(entries), false};
+    }
+    if (!value.ends_with('\0')) {
         return std::nullopt;
     }
-    Names names;
-    for (const PropertyList& element : *list->array()) {
-        if (const std::string* text = element.string()) {
-            names.push_back(text->substr(0, text->find('\n')));
-        }
-    }
-    return names;
+    value.pop_back();
+    auto entries = textsIn(PropertyList::parse(bytesOf(value)));
+    return entries ? std::optional(FinderList{*std::move(entries), true}) : std::nullopt;
 }
 
-Names reconciled(Names desktop, Names finder) {
-    if (asDesktopsReadIt(finder) == desktop) {
-        return finder;
+std::optional<std::string> toFinderValue(const FinderList& list) {
+    const PropertyList::Array array(list.entries.begin(), list.entries.end());
+    const Data bytes = PropertyList(array).serialized(PropertyList::Format::binary);
+    if (bytes.empty()) {
+        return std::nullopt;
     }
-    for (std::string& name : finder) {
-        if (std::ranges::find(desktop, name) == desktop.end()) {
-            desktop.push_back(std::move(name));
-        }
+    std::string value = textOf(bytes);
+    if (list.endsInZero) {
+        value.push_back('\0');
     }
-    return desktop;
+    return value;
+}
+
+Names withoutColors(Names names) {
+    for (std::string& name : names) {
+        name.resize(std::min(name.find(colorMark), name.size()));
+    }
+    return names;
 }
 
 } // namespace platform::TagNames

@@ -14,12 +14,28 @@ using Names = std::vector<std::string>;
 /// The desktops' way: UTF-8, joined by commas, without escaping. Empty names are dropped.
 [[nodiscard]] Names fromDesktopValue(std::string_view value);
 
-/// The Finder's way: a property list of names, each followed by a line break and a colour, which
-/// is dropped; a zero byte at the end, as Samba writes one, is taken. nullopt for all else.
-[[nodiscard]] std::optional<Names> fromFinderValue(std::string value);
+/// What the desktops store for `names`, without colours; empty when nothing is left.
+[[nodiscard]] std::string toDesktopValue(const Names& names);
 
-/// The names of both. The Finder's list can hold names that the desktops' cannot, so it is the
-/// better of two that agree; otherwise those of the desktops come first.
-[[nodiscard]] Names reconciled(Names desktop, Names finder);
+/// Whether the desktops read `name` as it is: it holds neither comma nor colour and is not empty.
+[[nodiscard]] bool fitsDesktops(std::string_view name);
+
+/// The Finder's way: a property list of names, each perhaps with a line break and a colour number
+/// behind it.
+struct FinderList {
+    Names entries;           ///< with their colours
+    bool endsInZero = false; ///< a zero byte follows the list, as Samba writes it
+
+    friend bool operator==(const FinderList&, const FinderList&) = default;
+};
+
+/// nullopt for anything but a property list of texts.
+[[nodiscard]] std::optional<FinderList> fromFinderValue(std::string value);
+
+/// The list as a binary property list; nullopt when a name is not UTF-8 or holds a NUL.
+[[nodiscard]] std::optional<std::string> toFinderValue(const FinderList& list);
+
+/// The names without their colours.
+[[nodiscard]] Names withoutColors(Names names);
 
 } // namespace platform::TagNames

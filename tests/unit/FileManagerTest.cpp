@@ -29,6 +29,20 @@ TEST(FileManager, ExistenceFollowsLinks) {
     EXPECT_FALSE(FileManager::fileExistsAtPath(""));
 }
 
+TEST(FileManager, ContentsAreReadUpToALimit) {
+    const TemporaryFolder folder;
+    const std::string path = folder.file("f", std::string(20'000, 'x'));
+    EXPECT_EQ(FileManager::contentsAtPath(path, 20'000)->size(), 20'000U);
+    EXPECT_EQ(FileManager::contentsAtPath(path, 19'999), std::nullopt);
+    EXPECT_EQ(FileManager::contentsAtPath(folder.file("empty"), 0), platform::Data());
+    EXPECT_GT(FileManager::contentsAtPath("/proc/self/status", 1'000'000)->size(), 0U);
+    EXPECT_EQ(FileManager::contentsAtPath(folder.path("missing"), 10), std::nullopt);
+    EXPECT_EQ(FileManager::contentsAtPath(folder.path(), 10), std::nullopt);
+    EXPECT_EQ(FileManager::contentsAtPath("/dev/zero", 10), std::nullopt);
+    ASSERT_EQ(::mkfifo(folder.path("fifo").c_str(), 0600), 0);
+    EXPECT_EQ(FileManager::contentsAtPath(folder.path("fifo"), 10), std::nullopt);
+}
+
 TEST(FileManager, HomeIsTheVariableElseTheAccounts) {
     {
         const EnvironmentVariable home("HOME", "/some/where//");

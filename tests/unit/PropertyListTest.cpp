@@ -223,6 +223,16 @@ TEST(PropertyList, TextsWithANulAreRefused) {
     EXPECT_EQ(parse(binary({std::string("\x61\1\0", 3)})), PropertyList("Ā"));
 }
 
+TEST(PropertyList, TextsThatAreNotUTF8AreRefused) {
+    EXPECT_FALSE(parse(binary({"\x52"
+                               "a\xFF"})));
+    EXPECT_FALSE(parse(binary({"\xD1\1\2",
+                               "\x52"
+                               "k\xFF",
+                               "\x51v"})));
+    EXPECT_FALSE(parse(xml("<string>\xC3</string>")));
+}
+
 TEST(PropertyList, NulAsACharacterReferenceIsSurvived) {
     static_cast<void>(parse(xml("<string>a&#0;b&#x0;c</string>")));
 }

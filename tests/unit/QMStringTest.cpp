@@ -81,6 +81,12 @@ TEST(QMString, UniquePathEndsAt9999) {
     EXPECT_EQ(qm_uniquePathInDirectory("x.t", folder.path()), folder.path("x (9999).t"));
 }
 
+TEST(QMString, TextsAreJoinedInOrder) {
+    EXPECT_EQ(qm_joined({}, ", "), "");
+    EXPECT_EQ(qm_joined({"a"}, ", "), "a");
+    EXPECT_EQ(qm_joined({"", "b", ""}, ", "), ", b, ");
+}
+
 TEST(QMString, HomeIsAbbreviated) {
     EXPECT_EQ(qm_abbreviatedPath("/nonexistent/Documents"), "~/Documents");
     EXPECT_EQ(qm_abbreviatedPath("/etc"), "/etc");

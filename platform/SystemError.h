@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+
+namespace platform {
+
+/// Why the system refused something.
+enum class Refusal {
+    noPermission,
+    readOnlyVolume,
+    noSuchItem,
+    noSpace,
+    other,
+};
+
+/// A refusal and the system's own words for it.
+struct SystemError {
+    Refusal refusal = Refusal::other;
+    std::string reason;
+};
+
+} // namespace platform

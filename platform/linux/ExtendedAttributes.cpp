@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/ExtendedAttributes.h"
+
+#include <array>
+#include <cerrno>
+
+#include <sys/xattr.h>
+
+namespace platform::ExtendedAttributes {
+namespace {
+
+// The kernel's own limits for one value and for one list (XATTR_SIZE_MAX, XATTR_LIST_MAX).
+constexpr std::size_t maximumSize = 65536;
+
+} // namespace
+
+NameList::NameList(const std::string& path) {
+    // On the stack first: most items have no attributes, and lists of items are long.
+    std::array<char, 1024> buffer; // NOLINT(*-member-init): the system fills it
+    ssize_t size = ::llistxattr(path.c_str(), buffer.data(), buffer.size());
+    if (size >= 0) {
+        m_names.assign(buffer.data(), static_cast<std::size_t>(size));
+    } else if (errno == ERANGE) {
+        m_names.resize(maximumSize);
+        size = ::llistxattr(path.c_str(), m_names.data(), m_names.size());
+        m_names.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
+    }
+}
+
+bool NameList::contains(std::string_view name) const {
+    std::string_view rest = m_names;
+    while (!rest.empty()) {
+        const auto end = rest.find('\0');
+        if (rest.substr(0, end) == name) {
+            return true;
+        }
+        rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
+    }
+    return false;
+}
+
+std::optional<std::string> value(const std::string& path, const char* name) {
+    std::string value(256, '\0');
+    ssize_t size = ::lgetxattr(path.c_str(), name, value.data(), value.size());
+    if (size < 0 && errno == ERANGE) {
+        value.resize(maximumSize);
+        size = ::lgetxattr(path.c_str(), name, value.data(), value.size());
+    }
+    if (size < 0) {
+        return std::nullopt;
+    }
+    value.resize(static_cast<std::size_t>(size));
+    return value;
+}
+
+int store(const std::string& path, const char* name, const std::optional<std::string>& value) {
+    const int result = value ? ::lsetxattr(path.c_str(), name, value->data(), value->size(), 0)
+                             : ::lremovexattr(path.c_str(), name);
+    return result == 0 || (!value && errno == ENODATA) ? 0 : errno;
+}
+
+} // namespace platform::ExtendedAttributes

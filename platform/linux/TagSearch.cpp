@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/TagSearch.h"
+
+#include "platform/FileManager.h"
+#include "platform/FileTags.h"
+#include "platform/linux/MountTable.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <cstddef>
+#include <cstring>
+#include <exception>
+#include <mutex>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <sys/stat.h>
+
+namespace platform {
+namespace {
+
+constexpr std::size_t readSize = std::size_t{64} * 1024;
+
+// Most of the time is spent waiting for the file system, so more threads than cores help.
+std::size_t threadCount() {
+    return std::clamp<std::size_t>(std::size_t{2} * std::thread::hardware_concurrency(), 8, 16);
+}
+
+bool carriesTag(const std::string& path, const std::string& tag) {
+    const auto names = FileTags::read(path);
+    return names && std::ranges::find(*names, tag) != names->end();
+}
+
+class Folder {
+public:
+    explicit Folder(const std::string& path)
+        : m_descriptor(
+              ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK)) {}
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+    Folder(Folder&&) = delete;
+    Folder& operator=(Folder&&) = delete;
+    ~Folder() {
+        if (m_descriptor >= 0) {
+            ::close(m_descriptor);
+        }
+    }
+
+    // Calls `use(name, isFolder)` for every entry; for none when the folder cannot be read.
+    template <class Use>
+    void forEachEntry(std::vector<std::byte>& buffer, const Use& use) const {
+        while (m_descriptor >= 0) {
+            const ssize_t size = ::getdents64(m_descriptor, buffer.data(), buffer.size());
+            if (size <= 0) {
+                return;
+            }
+            useEntries(buffer.data(), static_cast<std::size_t>(size), use);
+        }
+    }
+
+private:
+    template <class Use>
+    void useEntries(const std::byte* entries, std::size_t size, const Use& use) const {
+        while (size > offsetof(dirent64, d_name)) {
+            dirent64 head{};
+            std::memcpy(&head, entries, offsetof(dirent64, d_name));
+            const std::size_t length = head.d_reclen;
+            if (length <= offsetof(dirent64, d_name) || length > size) {
+                return;
+            }
+            // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
+            const auto* text = reinterpret_cast<const char*>(entries + offsetof(dirent64, d_name));
+            const std::string_view name(text, ::strnlen(text, length - offsetof(dirent64, d_name)));
+            if (name != "." && name != "..") {
+                use(name, isFolder(name, head.d_type));
+            }
+            entries += length;
+            size -= length;
+        }
+    }
+
+    [[nodiscard]] bool isFolder(std::string_view name, unsigned char type) const {
+        if (type != DT_UNKNOWN) {
+            return type == DT_DIR;
+        }
+        struct stat status {};
+        return ::fstatat(m_descriptor, std::string(name).c_str(), &status, AT_SYMLINK_NOFOLLOW) ==
+                   0 &&
+               S_ISDIR(status.st_mode);
+    }
+
+    int m_descriptor;
+};
+
+// One search: folders that wait, and threads that take the last of them, so that few ever wait.
+class Search {
+public:
+    Search(const SearchScope& scope, const std::string& tag)
+        : m_scope(scope)
+        , m_tag(tag)
+        , m_waiting(scope.startingPoints) {
+        for (const std::string& path : scope.startingPoints) {
+            if (carriesTag(path, tag)) {
+                m_found.push_back(path);
+            }
+        }
+    }
+
+    std::vector<std::string> run() {
+        std::vector<std::thread> threads;
+        try {
+            while (threads.size() + 1 < threadCount()) {
+                threads.emplace_back([this] { serve(); });
+            }
+        } catch (const std::exception&) {
+            // Fewer threads take longer, no more.
+        }
+        serve();
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        std::ranges::sort(m_found);
+        return std::move(m_found);
+    }
+
+private:
+    void serve() {
+        std::vector<std::byte> buffer(readSize);
+        std::unique_lock lock(m_mutex);
+        while (true) {
+            m_changed.wait(lock, [this] { return !m_waiting.empty() || m_busy == 0; });
+            if (m_waiting.empty()) {
+                return;
+            }
+            const std::string folder = std::move(m_waiting.back());
+            m_waiting.pop_back();
+            ++m_busy;
+            lock.unlock();
+            Findings findings = look(folder, buffer);
+            lock.lock();
+            --m_busy;
+            take(std::move(findings));
+        }
+    }
+
+    struct Findings {
+        std::vector<std::string> folders;
+        std::vector<std::string> tagged;
+    };
+
+    Findings look(const std::string& folder, std::vector<std::byte>& buffer) const {
+        Findings findings;
+        std::string path = folder == "/" ? folder : folder + "/";
+        const std::size_t stem = path.size();
+        Folder(folder).forEachEntry(buffer, [&](std::string_view name, bool isFolder) {
+            path.resize(stem);
+            path.append(name);
+            const bool isExcluded = isFolder && m_scope.excludedPaths.contains(path);
+            if (!isExcluded && carriesTag(path, m_tag)) {
+                findings.tagged.push_back(path);
+            }
+            if (isFolder && !isExcluded) {
+                findings.folders.push_back(path);
+            }
+        });
+        return findings;
+    }
+
+    void take(Findings findings) {
+        std::ranges::move(findings.tagged, std::back_inserter(m_found));
+        std::ranges::move(findings.folders, std::back_inserter(m_waiting));
+        if (!findings.folders.empty() || m_busy == 0) {
+            m_changed.notify_all();
+        }
+    }
+
+    const SearchScope& m_scope;
+    const std::string& m_tag;
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<std::string> m_waiting;
+    std::vector<std::string> m_found;
+    std::size_t m_busy = 0;
+};
+
+// Whether the path leads to this mount, and not to another one on top of it.
+bool isReachable(const MountTable::Mount& mount) {
+    struct statx status {};
+    const int result = ::statx(AT_FDCWD, mount.mountPoint.c_str(),
+                               AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, STATX_MNT_ID, &status);
+    return result == 0 && ((status.stx_mask & STATX_MNT_ID) == 0 || status.stx_mnt_id == mount.id);
+}
+
+} // namespace
+
+SearchScope localComputerScope() {
+    constexpr std::size_t maximumTableSize = std::size_t{16} << 20;
+    const Data table =
+        FileManager::contentsAtPath("/proc/self/mountinfo", maximumTableSize).value_or(Data());
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
+    const std::string_view text(reinterpret_cast<const char*>(table.data()), table.size());
+    std::vector<MountTable::Mount> mounts = MountTable::parse(text);
+    SearchScope scope;
+    for (const MountTable::Mount& mount : mounts) {
+        scope.excludedPaths.insert(mount.mountPoint);
+    }
+    std::erase_if(mounts, [](const MountTable::Mount& mount) { return !isReachable(mount); });
+    for (MountTable::Mount& mount : MountTable::localMounts(std::move(mounts))) {
+        scope.startingPoints.push_back(std::move(mount.mountPoint));
+    }
+    return scope;
+}
+
+std::vector<std::string> itemsWithTag(const SearchScope& scope, const std::string& tag) {
+    return Search(scope, tag).run();
+}
+
+} // namespace platform

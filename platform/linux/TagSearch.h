@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace platform {
+
+/// Where to look for tags.
+struct SearchScope {
+    std::vector<std::string> startingPoints;       ///< items; folders with all below them
+    std::unordered_set<std::string> excludedPaths; ///< folders below them that are not entered
+};
+
+/// What this computer's own file systems hold.
+[[nodiscard]] SearchScope localComputerScope();
+
+/// The paths of the items within `scope` that carry a tag named exactly `tag`, sorted. Walks with
+/// several threads and returns when they are done.
+[[nodiscard]] std::vector<std::string> itemsWithTag(const SearchScope& scope,
+                                                    const std::string& tag);
+
+} // namespace platform
