@@ -227,6 +227,16 @@ END
     stdout_is <<<"f: old"
 }
 
+@test "a read-only file system is told" {
+    [ "$(id -u)" = 0 ] && unshare -m true 2>/dev/null || skip "mounting needs root"
+    mkdir disk
+    # The mount lives and dies with the namespace.
+    capture unshare -m sh -c 'mount -t tmpfs none disk && touch disk/f &&
+        mount -o remount,ro disk && "$1" tags --add=x disk/f' sh "$QM"
+    stdout_is_empty
+    stderr_is <<<"Failed to add tag: The tags of “f” couldn’t be saved: Read-only file system"
+}
+
 @test "a file system without user attributes is told" {
     qm tags --add=x /proc/version
     stderr_is <<<"Failed to add tag: The tags of “version” couldn’t be saved: Operation not supported"
