@@ -65,6 +65,9 @@ std::optional<std::vector<std::string>> read(const std::string& path) {
 
 std::optional<SystemError> write(const std::string& path, const std::vector<std::string>& names,
                                  Damaged damaged) {
+    if (!std::ranges::all_of(names, TagNames::isEntry)) {
+        return SystemError{Refusal::other, "the name of a tag cannot hold a line break"};
+    }
     TagRecord record = recordOf(path);
     if (damaged == Damaged::keep && record.isDamaged()) {
         return SystemError{Refusal::other, "the Finder's tags on it are damaged"};

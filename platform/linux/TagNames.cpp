@@ -66,6 +66,12 @@ bool fitsDesktops(std::string_view name) {
            name.find(colorMark) == std::string_view::npos;
 }
 
+bool isEntry(std::string_view entry) {
+    const auto mark = entry.find(colorMark);
+    const std::string_view color = mark == std::string_view::npos ? "0" : entry.substr(mark + 1);
+    return color.size() == 1 && color.front() >= '0' && color.front() <= '7';
+}
+
 std::optional<FinderList> fromFinderValue(std::string value) {
     if (auto entries = textsIn(PropertyList::parse(bytesOf(value)))) {
         return FinderList{*std::move(entries), false};

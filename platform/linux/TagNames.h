@@ -35,6 +35,10 @@ struct FinderList {
 /// The list as a binary property list; nullopt when a name is not UTF-8 or holds a NUL.
 [[nodiscard]] std::optional<std::string> toFinderValue(const FinderList& list);
 
+/// Whether the Finder would give back all of `entry`: no line break but the one before a colour
+/// number, 0 to 7.
+[[nodiscard]] bool isEntry(std::string_view entry);
+
 /// The names without their colours.
 [[nodiscard]] Names withoutColors(Names names);
 

@@ -124,6 +124,27 @@ TEST_F(QMTagServiceTest, DamagedListsAreReplacedButNotEdited) {
     EXPECT_EQ(tags(), Tags{"a"});
 }
 
+TEST_F(QMTagServiceTest, NamesWithLineBreaksAreRefusedButForColors) {
+    EXPECT_TRUE(QMTagService::setTags({"old"}, path));
+    for (const char* name : {"a\nb", "\n", "a\n", "a\n8", "a\n66", "a\n6\n"}) {
+        QMError error;
+        EXPECT_FALSE(QMTagService::addTag(name, path, &error)) << name;
+        EXPECT_NE(error.localizedDescription.find("line break"), std::string::npos);
+    }
+    EXPECT_EQ(tags(), Tags{"old"});
+    EXPECT_TRUE(QMTagService::setTags({"Red\n6"}, path));
+    EXPECT_EQ(tags(), Tags{"Red"});
+}
+
+TEST_F(QMTagServiceTest, ControlBytesAndNulAreBytesLikeOthers) {
+    const Tags odd{std::string("a\0b", 3), "\x01\x1B[31m", "\xFF"};
+    EXPECT_TRUE(QMTagService::setTags(odd, path));
+    EXPECT_EQ(tags(), odd);
+    QMError error;
+    EXPECT_FALSE(QMTagService::addTag("x,y", path, &error));
+    EXPECT_EQ(tags(), odd);
+}
+
 TEST_F(QMTagServiceTest, LinksCarryNoTagsHere) {
     EXPECT_TRUE(QMTagService::setTags({"a"}, path));
     const std::string link = folder.link("link", "f");
