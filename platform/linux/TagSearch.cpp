@@ -210,6 +210,10 @@ SearchScope localComputerScope() {
         scope.excludedPaths.insert(mount.mountPoint);
     }
     std::erase_if(mounts, [](const MountTable::Mount& mount) { return !isReachable(mount); });
+    if (!scope.excludedPaths.contains("/")) {
+        // In a changed root that is no mount point, the table does not tell of "/".
+        scope.startingPoints.emplace_back("/");
+    }
     for (MountTable::Mount& mount : MountTable::localMounts(std::move(mounts))) {
         scope.startingPoints.push_back(std::move(mount.mountPoint));
     }
