@@ -3,13 +3,13 @@
 
 #include "platform/FileManager.h"
 #include "platform/FileTags.h"
-#include "platform/linux/MountTable.h"
 
 #include <algorithm>
 #include <condition_variable>
 #include <cstddef>
 #include <cstring>
 #include <exception>
+#include <iterator>
 #include <mutex>
 #include <string_view>
 #include <thread>
@@ -198,26 +198,32 @@ bool isReachable(const MountTable::Mount& mount) {
 
 } // namespace
 
+SearchScope scopeOf(const std::vector<MountTable::Mount>& mounts,
+                    std::vector<MountTable::Mount> reachable) {
+    SearchScope scope;
+    for (const MountTable::Mount& mount : mounts) {
+        scope.excludedPaths.insert(mount.mountPoint);
+    }
+    if (!scope.excludedPaths.contains("/")) {
+        // In a changed root that is no mount point, the table does not tell of "/".
+        scope.startingPoints.emplace_back("/");
+    }
+    for (MountTable::Mount& mount : MountTable::localMounts(std::move(reachable))) {
+        scope.startingPoints.push_back(std::move(mount.mountPoint));
+    }
+    return scope;
+}
+
 SearchScope localComputerScope() {
     constexpr std::size_t maximumTableSize = std::size_t{16} << 20;
     const Data table =
         FileManager::contentsAtPath("/proc/self/mountinfo", maximumTableSize).value_or(Data());
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
     const std::string_view text(reinterpret_cast<const char*>(table.data()), table.size());
-    std::vector<MountTable::Mount> mounts = MountTable::parse(text);
-    SearchScope scope;
-    for (const MountTable::Mount& mount : mounts) {
-        scope.excludedPaths.insert(mount.mountPoint);
-    }
-    std::erase_if(mounts, [](const MountTable::Mount& mount) { return !isReachable(mount); });
-    if (!scope.excludedPaths.contains("/")) {
-        // In a changed root that is no mount point, the table does not tell of "/".
-        scope.startingPoints.emplace_back("/");
-    }
-    for (MountTable::Mount& mount : MountTable::localMounts(std::move(mounts))) {
-        scope.startingPoints.push_back(std::move(mount.mountPoint));
-    }
-    return scope;
+    const std::vector<MountTable::Mount> mounts = MountTable::parse(text);
+    std::vector<MountTable::Mount> reachable;
+    std::ranges::copy_if(mounts, std::back_inserter(reachable), isReachable);
+    return scopeOf(mounts, std::move(reachable));
 }
 
 std::vector<std::string> itemsWithTag(const SearchScope& scope, const std::string& tag) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/linux/MountTable.h"
+
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -12,6 +14,10 @@ struct SearchScope {
     std::vector<std::string> startingPoints;       ///< items; folders with all below them
     std::unordered_set<std::string> excludedPaths; ///< folders below them that are not entered
 };
+
+/// What the local file systems among `reachable` hold: those of `mounts` that their paths lead to.
+[[nodiscard]] SearchScope scopeOf(const std::vector<MountTable::Mount>& mounts,
+                                  std::vector<MountTable::Mount> reachable);
 
 /// What this computer's own file systems hold.
 [[nodiscard]] SearchScope localComputerScope();

@@ -119,6 +119,30 @@ TEST_F(TagSearch, WhatVanishesMeanwhileIsNoHindrance) {
     churn.join();
 }
 
+const platform::MountTable::Mount root{1, "8:1", "/", "/", "ext4"};
+const platform::MountTable::Mount networkRoot{1, "0:9", "/", "/", "nfs4"};
+const platform::MountTable::Mount processes{2, "0:5", "/", "/proc", "proc"};
+const platform::MountTable::Mount data{3, "8:2", "/", "/data", "xfs"};
+const platform::MountTable::Mount hidden{4, "8:3", "/", "/data/below", "xfs"};
+
+TEST(SearchScope, HoldsLocalMountsAndStopsAtAllOthers) {
+    const auto scope = platform::scopeOf({root, processes, data, hidden}, {root, processes, data});
+    EXPECT_EQ(scope.startingPoints, (Paths{"/", "/data"}));
+    EXPECT_EQ(scope.excludedPaths,
+              (std::unordered_set<std::string>{"/", "/proc", "/data", "/data/below"}));
+}
+
+TEST(SearchScope, HoldsTheRootThatTheTableDoesNotTellOf) {
+    EXPECT_EQ(platform::scopeOf({processes, data}, {processes, data}).startingPoints,
+              (Paths{"/", "/data"}));
+    EXPECT_EQ(platform::scopeOf({}, {}).startingPoints, Paths{"/"});
+}
+
+TEST(SearchScope, DoesNotHoldARootOnTheNetwork) {
+    EXPECT_EQ(platform::scopeOf({networkRoot, data}, {networkRoot, data}).startingPoints,
+              Paths{"/data"});
+}
+
 TEST_F(TagSearch, LocalComputerHoldsTheTemporaryFolder) {
     const SearchScope scope = platform::localComputerScope();
     EXPECT_FALSE(scope.startingPoints.empty());
