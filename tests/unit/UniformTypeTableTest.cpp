@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/UniformType.h"
+#include "tests/unit/support/TypeNames.h"
 
 #include <algorithm>
 #include <array>
@@ -23,23 +24,6 @@ using platform::UniformType::identifierForItem;
 using platform::UniformType::ItemKind;
 using platform::UniformType::kindForIdentifier;
 using platform::UniformType::mimeType;
-
-using Pairs = std::vector<std::pair<std::string, std::string>>;
-
-std::string fileType(std::string_view extension) {
-    return identifierForItem(ItemKind::file, extension);
-}
-
-std::string folderType(std::string_view extension) {
-    return identifierForItem(ItemKind::folder, extension);
-}
-
-std::string upperCased(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char character) {
-        return static_cast<char>(std::toupper(character));
-    });
-    return text;
-}
 
 std::string lowerCased(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(), [](unsigned char character) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/UniformType.h"
 
+#include "tests/unit/support/TypeNames.h"
+
 #include <algorithm>
 #include <cctype>
 #include <optional>
@@ -18,23 +20,6 @@ using platform::UniformType::identifierForItem;
 using platform::UniformType::ItemKind;
 using platform::UniformType::kindForIdentifier;
 using platform::UniformType::mimeType;
-
-using Pairs = std::vector<std::pair<std::string, std::string>>;
-
-std::string fileType(std::string_view extension) {
-    return identifierForItem(ItemKind::file, extension);
-}
-
-std::string folderType(std::string_view extension) {
-    return identifierForItem(ItemKind::folder, extension);
-}
-
-std::string upperCased(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char character) {
-        return static_cast<char>(std::toupper(character));
-    });
-    return text;
-}
 
 const Pairs dynamicSamples{
     {"srt", "dyn.ah62d4rv4ge81g6xy"},    {"toml", "dyn.ah62d4rv4ge81k55rru"},
