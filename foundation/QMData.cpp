@@ -3,8 +3,6 @@
 
 #include "platform/Digest.h"
 
-#include <string_view>
-
 namespace Digest = platform::Digest;
 
 platform::Data qm_hmacSHA256WithKey(platform::DataView message, platform::DataView key) {
@@ -20,13 +18,5 @@ platform::Data qm_sha256(platform::DataView bytes) {
 }
 
 std::string qm_hexString(platform::DataView bytes) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    text.reserve(bytes.size() * 2);
-    for (const std::byte byte : bytes) {
-        const auto value = std::to_integer<unsigned>(byte);
-        text.push_back(digits[value >> 4U]);
-        text.push_back(digits[value & 0xFU]);
-    }
-    return text;
+    return Digest::hexString(bytes);
 }

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <string>
 
 /// Message digests (RFC 1321, FIPS 180-4) and HMAC (RFC 2104).
 namespace platform::Digest {
@@ -36,5 +37,8 @@ using SHA512 = Context<sha512Length>;
 
 /// HMAC with SHA-256 of `message` under `key`; both may be empty.
 [[nodiscard]] std::array<std::byte, sha256Length> hmacSHA256(DataView key, DataView message);
+
+/// Two lower-case hexadecimal digits per byte, in order.
+[[nodiscard]] std::string hexString(DataView bytes);
 
 } // namespace platform::Digest

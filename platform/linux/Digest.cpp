@@ -5,6 +5,7 @@
 #include <new>
 #include <span>
 #include <stdexcept>
+#include <string_view>
 
 // The functions of the 1.1.0 interface work on plain structures. The newer ones look their
 // algorithm up in a provider first, which takes longer than hashing a small file.
@@ -104,6 +105,18 @@ std::array<std::byte, sha256Length> hmacSHA256(DataView key, DataView message) {
         throw std::bad_alloc();
     }
     return digest;
+}
+
+std::string hexString(DataView bytes) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text;
+    text.reserve(bytes.size() * 2);
+    for (const std::byte byte : bytes) {
+        const auto value = std::to_integer<unsigned>(byte);
+        text.push_back(digits[value >> 4U]);
+        text.push_back(digits[value & 0xFU]);
+    }
+    return text;
 }
 
 } // namespace platform::Digest

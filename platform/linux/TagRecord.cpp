@@ -20,18 +20,12 @@ enum class Winner { desktop, finder, both };
 
 // The digest of a list, by which it is known again without being kept.
 std::string digestOf(const Names& names) {
-    constexpr std::string_view digits = "0123456789abcdef";
     Digest::SHA256 context;
     for (const std::string& name : names) {
         context.update(bytesOf(name));
         context.update(bytesOf(std::string_view("\0", 1)));
     }
-    std::string text;
-    for (const std::byte byte : context.finish()) {
-        text.push_back(digits[std::to_integer<unsigned>(byte) >> 4U]);
-        text.push_back(digits[std::to_integer<unsigned>(byte) & 0xFU]);
-    }
-    return text;
+    return Digest::hexString(context.finish());
 }
 
 std::string baseValue(const Names& desktop, const std::string& finderDigest) {
