@@ -88,6 +88,22 @@ TEST_F(FileTags, DamagedFinderListsAreLeftAside) {
     EXPECT_EQ(read(), Names{"a"});
 }
 
+TEST_F(FileTags, FinderListsThatAreCutOffAreLeftAside) {
+    const std::string whole = finderValue({"Red\n6", "Blue"}, PropertyList::Format::binary);
+    ASSERT_TRUE(set(desktop, "a"));
+    for (std::size_t size = 0; size < whole.size(); size += 7) {
+        ASSERT_TRUE(set(finder, whole.substr(0, size)));
+        EXPECT_EQ(read(), Names{"a"}) << size;
+    }
+}
+
+TEST_F(FileTags, EmptyDesktopListsCountAsNone) {
+    ASSERT_TRUE(set(desktop, ""));
+    EXPECT_EQ(read(), Names());
+    ASSERT_TRUE(setFinder({"a"}));
+    EXPECT_EQ(read(), Names{"a"});
+}
+
 TEST_F(FileTags, ListsThatHoldMoreThanTextsAreDamaged) {
     const platform::Data bytes =
         PropertyList(PropertyList::Array{"a", std::int64_t{5}, PropertyList::Array{"b"}})
