@@ -25,3 +25,6 @@ qm_static_library(qm_crypto openssl/sha.h crypto)
 
 pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
 pkg_check_modules(GLIB REQUIRED IMPORTED_TARGET glib-2.0)
+
+# Loaded while the program runs, so only its headers are needed here.
+find_path(QM_SD_BUS_INCLUDE_DIR systemd/sd-bus.h REQUIRED)

@@ -1,11 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace platform {
 
 /// Whether the bytes are well-formed UTF-8: no overlong forms, no surrogates, nothing cut off.
 [[nodiscard]] bool isUTF8(std::string_view text);
+
+/// The text with U+FFFD in place of what is not well-formed UTF-8, as the Unicode Standard
+/// recommends it: one for each longest beginning of a character.
+[[nodiscard]] std::string replacingInvalidUTF8(std::string_view text);
 
 } // namespace platform

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string_view>
+
+namespace platform {
+
+/// The reverse-DNS identifier of the file manager, fixed when this was built: ASCII letters,
+/// digits, "_" and ".". Any thread.
+[[nodiscard]] std::string_view applicationIdentifier();
+
+} // namespace platform

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/ScriptRunner.h"
+
+#include "platform/Format.h"
+#include "platform/linux/SessionBus.h"
+#include "platform/linux/Utf8.h"
+
+#include <algorithm>
+#include <array>
+#include <span>
+
+namespace platform::ScriptRunner {
+namespace {
+
+using Result = std::variant<BusReply, SessionBus::TimedOut, SessionBus::Unreachable>;
+
+constexpr std::chrono::seconds timeout{25};
+
+// Error names of the D-Bus specification. From the bus: nobody has the name, or has it any longer.
+constexpr std::array<std::string_view, 3> absences{
+    "org.freedesktop.DBus.Error.ServiceUnknown",
+    "org.freedesktop.DBus.Error.NameHasNoOwner",
+    "org.freedesktop.DBus.Error.NoReply",
+};
+// From the application: there is nothing at the place that scripts are sent to.
+constexpr std::array<std::string_view, 3> refusals{
+    "org.freedesktop.DBus.Error.UnknownObject",
+    "org.freedesktop.DBus.Error.UnknownInterface",
+    "org.freedesktop.DBus.Error.UnknownMethod",
+};
+
+bool isAmong(const auto& names, std::string_view name) {
+    return std::ranges::find(names, name) != names.end();
+}
+
+BusCall callFor(const std::string& application, const std::string& source) {
+    BusCall call;
+    call.destination = application;
+    call.path = objectPathForName(application);
+    call.interface = application + ".Scripting1";
+    call.member = "RunScript";
+    call.text = source;
+    call.options = activationOptions();
+    if (!isUTF8(source)) {
+        const auto bytes = std::as_bytes(std::span(source));
+        call.text = replacingInvalidUTF8(source);
+        call.options.push_back({"source-bytes", std::vector(bytes.begin(), bytes.end())});
+    }
+    return call;
+}
+
+Result send(const BusCall& call) {
+    const auto deadline = std::chrono::steady_clock::now() + timeout;
+    auto bus = SessionBus::connect(deadline);
+    if (auto* unreachable = std::get_if<SessionBus::Unreachable>(&bus)) {
+        return std::move(*unreachable);
+    }
+    return std::get<SessionBus>(bus).call(call, deadline);
+}
+
+std::optional<Failure> failureIn(const BusReply& reply, const std::string& application) {
+    if (reply.isText) {
+        return std::nullopt;
+    }
+    if (reply.errorName.empty()) {
+        return Failure{format("{} did not answer with a text", application)};
+    }
+    if (reply.isFromBus && isAmong(absences, reply.errorName)) {
+        return Failure{format("{} is not running", application)};
+    }
+    if (!reply.isFromBus && isAmong(refusals, reply.errorName)) {
+        return Failure{format("{} does not accept scripts", application)};
+    }
+    // An empty text tells as much as none.
+    return Failure{reply.text && !reply.text->empty() ? reply.text : std::nullopt};
+}
+
+} // namespace
+
+std::optional<Failure> run(const std::string& application, const std::string& source) {
+    const Result result = send(callFor(application, source));
+    if (const auto* reply = std::get_if<BusReply>(&result)) {
+        return failureIn(*reply, application);
+    }
+    if (const auto* unreachable = std::get_if<SessionBus::Unreachable>(&result)) {
+        return Failure{format("Cannot connect to the session bus: {}", unreachable->reason)};
+    }
+    return Failure{format("{} did not answer", application)};
+}
+
+} // namespace platform::ScriptRunner

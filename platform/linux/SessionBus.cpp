@@ -1,0 +1,244 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/SessionBus.h"
+
+#include "platform/linux/SdBus.h"
+#include "platform/linux/Utf8.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <system_error>
+#include <utility>
+
+namespace platform {
+namespace {
+
+using Unreachable = SessionBus::Unreachable;
+using Clock = std::chrono::steady_clock;
+
+// Only for connections, which exist only where the library was loaded.
+const SdBus& bus() {
+    return std::get<SdBus>(SdBus::load());
+}
+
+Unreachable unreachable(int negativeError) {
+    return {std::generic_category().message(-negativeError)};
+}
+
+struct Unref {
+    void operator()(sd_bus_message* message) const { bus().messageUnref(message); }
+};
+using Message = std::unique_ptr<sd_bus_message, Unref>;
+
+const char* variable(const char* name) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the process changes its environment
+    return std::getenv(name);
+}
+
+// Handles what has arrived, or waits for it. Answers a negative error, ETIMEDOUT at the deadline.
+int advance(sd_bus* connection, SessionBus::Deadline deadline, sd_bus_message** received) {
+    const auto left =
+        std::chrono::duration_cast<std::chrono::microseconds>(deadline - Clock::now()).count();
+    if (left <= 0) {
+        return -ETIMEDOUT;
+    }
+    const int handled = bus().process(connection, received);
+    if (handled != 0) {
+        return handled;
+    }
+    const int result = bus().wait(connection, static_cast<std::uint64_t>(left));
+    return result == -EINTR ? 0 : result;
+}
+
+/// Writes the arguments of a call. After the first failure nothing more is written.
+class Writer {
+public:
+    explicit Writer(sd_bus_message* target)
+        : message(target) {}
+
+    // Space is asked for because the library refuses characters that it does not think fit for
+    // exchange (U+FFFE and the like), which the bus and file names allow.
+    void text(const std::string& value) {
+        char* space = nullptr;
+        note(status < 0 ? status : bus().messageAppendStringSpace(message, value.size(), &space));
+        if (status >= 0) {
+            std::ranges::copy(value, space);
+        }
+    }
+
+    void bytes(const std::vector<std::byte>& value) {
+        note(status < 0 ? status
+                        : bus().messageAppendArray(message, 'y', value.data(), value.size()));
+    }
+
+    void options(const std::vector<BusOption>& entries) {
+        open('a', "{sv}");
+        for (const BusOption& entry : entries) {
+            open('e', "sv");
+            text(entry.name);
+            variant(entry.value);
+            close();
+        }
+        close();
+    }
+
+    [[nodiscard]] int result() const { return status; }
+
+private:
+    void variant(const BusValue& value) {
+        if (const auto* characters = std::get_if<std::string>(&value)) {
+            open('v', "s");
+            text(*characters);
+        } else {
+            open('v', "ay");
+            bytes(std::get<std::vector<std::byte>>(value));
+        }
+        close();
+    }
+
+    void open(char type, const char* contents) {
+        note(status < 0 ? status : bus().messageOpenContainer(message, type, contents));
+    }
+    void close() { note(status < 0 ? status : bus().messageCloseContainer(message)); }
+    void note(int result) { status = std::min(status, result); }
+
+    sd_bus_message* message;
+    int status = 0;
+};
+
+// Sends the call; the answer is a negative error or the number that its reply will carry.
+std::variant<std::uint64_t, Unreachable> send(sd_bus* connection, const BusCall& call) {
+    sd_bus_message* created = nullptr;
+    int result =
+        bus().messageNewMethodCall(connection, &created, call.destination.c_str(),
+                                   call.path.c_str(), call.interface.c_str(), call.member.c_str());
+    const Message message(created);
+    if (result >= 0) {
+        result = bus().messageSetAutoStart(created, call.startsDestination ? 1 : 0);
+    }
+    if (result >= 0) {
+        Writer writer(created);
+        if (call.text) {
+            writer.text(*call.text);
+        }
+        writer.options(call.options);
+        result = writer.result();
+    }
+    std::uint64_t cookie = 0;
+    if (result >= 0) {
+        result = bus().send(connection, created, &cookie);
+    }
+    if (result < 0) {
+        return unreachable(result);
+    }
+    return cookie;
+}
+
+bool isText(sd_bus_message* message) {
+    const char* text = nullptr;
+    return bus().messageHasSignature(message, "s") > 0 &&
+           bus().messageReadBasic(message, 's', static_cast<void*>(&text)) > 0;
+}
+
+BusReply readReply(sd_bus_message* message) {
+    BusReply reply;
+    const char* const sender = bus().messageGetSender(message);
+    reply.isFromBus = sender != nullptr && std::string_view(sender) == "org.freedesktop.DBus";
+    const sd_bus_error* const error = bus().messageGetError(message);
+    if (error == nullptr || error->name == nullptr) {
+        reply.isText = isText(message);
+        return reply;
+    }
+    reply.errorName = error->name;
+    if (error->message != nullptr) {
+        reply.text = error->message;
+    }
+    return reply;
+}
+
+// Whether `message` is the reply to the call with the number `cookie`.
+bool answers(sd_bus_message* message, std::uint64_t cookie) {
+    std::uint64_t answered = 0;
+    return message != nullptr && bus().messageGetReplyCookie(message, &answered) >= 0 &&
+           answered == cookie;
+}
+
+Unreachable notThere(int negativeError) {
+    if (negativeError == -ENOMEDIUM) {
+        return {"neither DBUS_SESSION_BUS_ADDRESS nor XDG_RUNTIME_DIR is set"};
+    }
+    return unreachable(negativeError);
+}
+
+} // namespace
+
+void SessionBus::Close::operator()(sd_bus* open) const {
+    bus().closeUnref(open);
+}
+
+std::variant<SessionBus, Unreachable> SessionBus::connect(Deadline deadline) {
+    if (const auto* reason = std::get_if<std::string>(&SdBus::load())) {
+        return Unreachable{*reason};
+    }
+    sd_bus* opened = nullptr;
+    int result = bus().openUser(&opened);
+    Connection connection(opened);
+    while (result >= 0) {
+        const int ready = bus().isReady(opened);
+        if (ready > 0) {
+            return SessionBus(std::move(connection));
+        }
+        result = ready < 0 ? ready : advance(opened, deadline, nullptr);
+    }
+    return notThere(result);
+}
+
+std::variant<BusReply, SessionBus::TimedOut, Unreachable> SessionBus::call(const BusCall& call,
+                                                                           Deadline deadline) {
+    const auto sent = send(connection.get(), call);
+    if (const auto* failure = std::get_if<Unreachable>(&sent)) {
+        return *failure;
+    }
+    const std::uint64_t cookie = std::get<std::uint64_t>(sent);
+    int result = 0;
+    while (result >= 0) {
+        sd_bus_message* received = nullptr;
+        result = advance(connection.get(), deadline, &received);
+        const Message message(received);
+        if (answers(received, cookie)) {
+            return readReply(received);
+        }
+    }
+    if (result == -ETIMEDOUT) {
+        return TimedOut{};
+    }
+    return unreachable(result);
+}
+
+void SessionBus::post(const BusCall& call) {
+    static_cast<void>(send(connection.get(), call));
+}
+
+int SessionBus::descriptor() const {
+    return std::max(bus().getFd(connection.get()), -1);
+}
+
+std::string objectPathForName(std::string_view name) {
+    std::string path(1, '/');
+    path.append(name);
+    std::ranges::replace(path, '.', '/');
+    return path;
+}
+
+std::vector<BusOption> activationOptions() {
+    for (const char* const name : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"}) {
+        const char* const token = variable(name);
+        if (token != nullptr && *token != '\0' && isUTF8(token)) {
+            return {{"activation-token", token}};
+        }
+    }
+    return {};
+}
+
+} // namespace platform

@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <variant>
+#include <vector>
+
+struct sd_bus;
+
+namespace platform {
+
+/// The value of an option: a text is sent as "s", bytes as "ay".
+using BusValue = std::variant<std::string, std::vector<std::byte>>;
+/// One entry of a dictionary "a{sv}".
+struct BusOption {
+    std::string name;
+    BusValue value;
+};
+
+/// A method call whose arguments are a text or nothing, and options: "sa{sv}" or "a{sv}". Texts
+/// must be UTF-8 without NUL.
+struct BusCall {
+    std::string destination;
+    std::string path;
+    std::string interface;
+    std::string member;
+    bool startsDestination = false; ///< the bus may start the owner of the name
+    std::optional<std::string> text;
+    std::vector<BusOption> options;
+};
+
+/// What came back for a call.
+struct BusReply {
+    bool isText = false;             ///< a plain answer of the signature "s"
+    std::string errorName;           ///< empty for a plain answer
+    std::optional<std::string> text; ///< of an error, where it has one
+    bool isFromBus = false;          ///< the bus answered in place of the owner
+};
+
+/// A connection to the session bus of its own. One thread at a time.
+class SessionBus {
+public:
+    using Deadline = std::chrono::steady_clock::time_point;
+    /// There is no bus, or it is gone; for people.
+    struct Unreachable {
+        std::string reason;
+    };
+    struct TimedOut {};
+
+    /// Connects and waits until the bus has accepted the connection, or until `deadline`.
+    [[nodiscard]] static std::variant<SessionBus, Unreachable> connect(Deadline deadline);
+
+    /// Calls and waits for the reply.
+    [[nodiscard]] std::variant<BusReply, TimedOut, Unreachable> call(const BusCall& call,
+                                                                     Deadline deadline);
+
+    /// Calls and does not wait. The bus drops a call whose caller leaves before the destination
+    /// was started; whoever keeps `descriptor` open has not left.
+    void post(const BusCall& call);
+
+    /// The connection's socket, or -1. Valid as long as this object.
+    [[nodiscard]] int descriptor() const;
+
+private:
+    struct Close {
+        void operator()(sd_bus* open) const;
+    };
+    using Connection = std::unique_ptr<sd_bus, Close>;
+
+    explicit SessionBus(Connection open)
+        : connection(std::move(open)) {}
+
+    Connection connection;
+};
+
+/// The object path that belongs to a reverse-DNS name: "/org/example/Files" for
+/// "org.example.Files".
+[[nodiscard]] std::string objectPathForName(std::string_view name);
+
+/// What the environment knows of the user's request, by which the desktop lets the application
+/// come to the front: "activation-token", where there is one.
+[[nodiscard]] std::vector<BusOption> activationOptions();
+
+} // namespace platform
