@@ -3,7 +3,10 @@
 
 #include "cli/QMCLICommand.h"
 
-/// "qm open": not part of this build yet; says so.
+#include <span>
+
+/// "qm open": hands one or two paths or URLs to the running application, which it starts when it
+/// is not running, as a script in AppleScript.
 class QMCLIOpenCommand final : public QMCLICommand {
 public:
     static std::string_view name() { return "open"; }
@@ -12,7 +15,23 @@ public:
         return "qm open [-p left|right] [-t] [-w] [-b] <path> [path2]";
     }
 
-    /// Status 10 without operands, else 1.
+    /// Status 0 when the application ran the script, 1 when not, 10 without operands. Waits two
+    /// seconds for an application that has to be started.
     std::int32_t runWithArguments(const QMCLIStrings& arguments,
                                   const QMCLIOptions& options) override;
+
+    /// What an operand names: a URL with one of the prefixes "sftp://", "ftp://", "s3://",
+    /// "smb://" and "webdav://" as it is, anything else as an absolute path.
+    [[nodiscard]] static std::string targetForArgument(const std::string& argument);
+
+    /// The script that shows `targets` in the application `identifier`: one in the pane that the
+    /// option "p" names, two in both panes; more are ignored. The option "b" leaves the
+    /// application in the background. Each line ends with a line feed.
+    [[nodiscard]] static std::string scriptForTargets(std::span<const std::string> targets,
+                                                      const QMCLIOptions& options,
+                                                      std::string_view identifier);
+
+    /// `text` as it has to stand inside a literal string of AppleScript: backslashes and double
+    /// quotes get a backslash in front, all other characters stay.
+    [[nodiscard]] static std::string escapeForAppleScript(std::string_view text);
 };

@@ -1,0 +1,201 @@
+#!/usr/bin/env bats
+# SPDX-License-Identifier: Apache-2.0
+# What `qm open` says when the application or the bus does not do its part. None of these
+# failures says that the application is not running, so nothing is started and nobody waits.
+
+load helpers
+load application
+
+setup() {
+    pin_environment
+    make_box
+    install_entry "Exec=touch $box/started"
+}
+
+teardown() {
+    stop_all
+}
+
+# Not started, not asked twice, no time spent.
+at_once() {
+    waited_never
+    [ ! -e started ] || complain "the application was started"
+}
+
+# failure_of TEXT BEHAVIOUR...: what qm says of an application that behaves so.
+failure_of() {
+    start_bus
+    start_application "${@:2}"
+    timed_qm open /tmp
+    fails_with "$1"
+    at_once
+    scripts_are 1
+}
+
+@test "the application's own text is shown as it is" {
+    failure_of 'Quillmere got an error: Can’t get "x" %s {} \n.' \
+        error 'Quillmere got an error: Can’t get "x" %s {} \n.'
+    timed_qm open --quiet /tmp
+    fails_with 'Quillmere got an error: Can’t get "x" %s {} \n.'
+}
+
+@test "an error with an empty text is unknown" {
+    failure_of "Unknown error" error ""
+}
+
+@test "an error without a text is unknown" {
+    failure_of "Unknown error" error-name org.example.Error
+}
+
+@test "phrases in other letters are no reason to wait" {
+    failure_of "Application isn’t running: Not Running, verbindung" \
+        error "Application isn’t running: Not Running, verbindung"
+}
+
+@test "the application's own error of a name that the bus uses keeps its text" {
+    failure_of "mine" error-name org.freedesktop.DBus.Error.NoReply mine
+}
+
+@test "an error that speaks of an unknown method means that scripts are not accepted" {
+    local name
+    start_bus
+    for name in Object Interface Method; do
+        start_application error-name "org.freedesktop.DBus.Error.Unknown$name" text
+        timed_qm open /tmp
+        fails_with "$APPLICATION_ID does not accept scripts"
+        at_once
+        kill "$(cat "$record/ready")"
+        rm "$record/ready"
+        wait_for_no_owner
+    done
+}
+
+wait_for_no_owner() {
+    wait_for eval '! gdbus_has_owner'
+}
+
+gdbus_has_owner() {
+    dbus-send --session --print-reply --dest=org.freedesktop.DBus / \
+        org.freedesktop.DBus.GetNameOwner "string:$APPLICATION_ID" >"$seen/owner" 2>&1
+}
+
+@test "a name whose owner lacks the interface" {
+    start_bus
+    start_application no-interface
+    timed_qm open /tmp
+    fails_with "$APPLICATION_ID does not accept scripts"
+    at_once
+}
+
+@test "a name whose owner has no object" {
+    start_bus
+    start_application no-object
+    timed_qm open /tmp
+    fails_with "$APPLICATION_ID does not accept scripts"
+    at_once
+}
+
+@test "an answer of another form is a failure" {
+    failure_of "$APPLICATION_ID did not answer with a text" number
+}
+
+@test "an answer of nothing is a failure" {
+    failure_of "$APPLICATION_ID did not answer with a text" nothing
+}
+
+@test "an answer of two texts is a failure" {
+    failure_of "$APPLICATION_ID did not answer with a text" two-texts
+}
+
+@test "any text is a good answer" {
+    start_bus
+    start_application answer "not running"
+    qm open /tmp
+    succeeds_opening
+}
+
+@test "an answer of a hundred million bytes is read to its end" {
+    start_bus
+    start_application huge-answer 100000000
+    qm open /tmp
+    succeeds_opening
+}
+
+@test "an error text of fifty million bytes is shown whole" {
+    start_bus
+    start_application huge 50000000
+    qm open /tmp
+    status_is 1
+    stdout_is_empty
+    [ "$(wc -lc <"$seen/err" | tr -s ' ')" = " 1 50000009" ] || complain "not one whole line"
+}
+
+@test "without a bus the reason is told" {
+    unset DBUS_SESSION_BUS_ADDRESS XDG_RUNTIME_DIR
+    timed_qm open /tmp
+    fails_with "Cannot connect to the session bus: neither DBUS_SESSION_BUS_ADDRESS nor\
+ XDG_RUNTIME_DIR is set"
+    at_once
+}
+
+@test "a bus address that leads nowhere" {
+    local address
+    local -A reasons=(["unix:path=$box/none"]="No such file or directory"
+        ["unix:path=$box"]="Connection refused" ["unix:abstract=none-$$"]="Connection refused")
+    for address in "${!reasons[@]}"; do
+        DBUS_SESSION_BUS_ADDRESS=$address timed_qm open /tmp
+        fails_with "Cannot connect to the session bus: ${reasons[$address]}"
+        at_once
+    done
+    for address in "" gugu unix: unix:path= "$(printf '\xff')" autolaunch: ";;" "unix:path=%zz" \
+        tcp:host=127.0.0.1,port=1; do
+        DBUS_SESSION_BUS_ADDRESS=$address timed_qm open /tmp
+        [[ $(cat "$seen/err") == "Failed: Cannot connect to the session bus: "* ]]
+        [ "$(wc -l <"$seen/err")" -eq 1 ] && [ "$status" -eq 1 ] || complain "address $address"
+        at_once
+    done
+}
+
+# odd_bus BEHAVIOUR: a bus that misbehaves so, instead of a real one.
+odd_bus() {
+    python3 "$BATS_TEST_DIRNAME/odd_bus.py" bus "$1" >"$seen/bus" 2>&1 3>&- &
+    wait_for test -S bus
+    export DBUS_SESSION_BUS_ADDRESS="unix:path=$box/bus"
+}
+
+@test "a bus that talks nonsense" {
+    local behaviour
+    for behaviour in close garbage refuse hello-garbage hello-flood hello-error no-name; do
+        odd_bus "$behaviour"
+        timed_qm open /tmp
+        [[ $(cat "$seen/err") == "Failed: Cannot connect to the session bus: "* ]] ||
+            complain "$behaviour"
+        [ "$(wc -l <"$seen/err")" -eq 1 ] && [ "$status" -eq 1 ] || complain "$behaviour"
+        at_once
+        rm bus
+    done
+}
+
+@test "a bus that fails in the middle of the call" {
+    local behaviour
+    for behaviour in reply-close reply-garbage reply-huge; do
+        odd_bus "$behaviour"
+        timed_qm open /tmp
+        [[ $(cat "$seen/err") == "Failed: Cannot connect to the session bus: "* ]] ||
+            complain "$behaviour"
+        [ "$(wc -l <"$seen/err")" -eq 1 ] && [ "$status" -eq 1 ] || complain "$behaviour"
+        at_once
+        rm bus
+    done
+}
+
+@test "a reply whose text is no text, and replies to other calls" {
+    odd_bus reply-bad-text
+    timed_qm open /tmp
+    fails_with "$APPLICATION_ID did not answer with a text"
+    at_once
+    rm bus
+    odd_bus reply-others-first
+    timed_qm open /tmp
+    succeeds_opening
+}
