@@ -3,6 +3,7 @@
 
 #include "platform/FileHandle.h"
 #include "platform/linux/Accounts.h"
+#include "platform/linux/Environment.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -71,12 +72,10 @@ std::string currentDirectoryPath() {
 }
 
 std::optional<std::string> homeDirectory() {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the process changes its environment
-    const char* home = std::getenv("HOME");
-    if (home == nullptr || *home != '/') {
+    std::string path(environmentVariable("HOME"));
+    if (!path.starts_with('/')) {
         return homeOfUser(::getuid());
     }
-    std::string path = home;
     while (path.size() > 1 && path.back() == '/') {
         path.pop_back();
     }

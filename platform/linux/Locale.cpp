@@ -1,18 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/Locale.h"
 
+#include "platform/linux/Environment.h"
 #include "platform/linux/Icu.h"
-
-#include <cstdlib>
 
 namespace platform {
 namespace {
-
-std::string_view environmentValue(const char* variable) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the process changes its environment
-    const char* value = std::getenv(variable);
-    return value == nullptr ? std::string_view() : std::string_view(value);
-}
 
 std::string separatorOf(const std::string& locale) {
     UErrorCode status = U_ZERO_ERROR;
@@ -30,7 +23,7 @@ std::string separatorOf(const std::string& locale) {
 std::string localeName(const char* category) {
     std::string_view name;
     for (const char* variable : {"LC_ALL", category, "LANG"}) {
-        name = environmentValue(variable);
+        name = environmentVariable(variable);
         if (!name.empty()) {
             break;
         }

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/SessionBus.h"
 
+#include "platform/linux/Environment.h"
 #include "platform/linux/SdBus.h"
 #include "platform/linux/Utf8.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <cstdlib>
 #include <system_error>
 #include <utility>
 
@@ -30,11 +30,6 @@ struct Unref {
     void operator()(sd_bus_message* message) const { bus().messageUnref(message); }
 };
 using Message = std::unique_ptr<sd_bus_message, Unref>;
-
-const char* variable(const char* name) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the process changes its environment
-    return std::getenv(name);
-}
 
 // Handles what has arrived, or waits for it. Answers a negative error, ETIMEDOUT at the deadline.
 int advance(sd_bus* connection, SessionBus::Deadline deadline, sd_bus_message** received) {
@@ -233,9 +228,9 @@ std::string objectPathForName(std::string_view name) {
 
 std::vector<BusOption> activationOptions() {
     for (const char* const name : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"}) {
-        const char* const token = variable(name);
-        if (token != nullptr && *token != '\0' && isUTF8(token)) {
-            return {{"activation-token", token}};
+        const std::string_view token = environmentVariable(name);
+        if (!token.empty() && isUTF8(token)) {
+            return {{"activation-token", std::string(token)}};
         }
     }
     return {};

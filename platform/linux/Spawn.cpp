@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/Spawn.h"
+
+#include <cerrno>
+#include <csignal>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <unistd.h>
+
+#include <sys/wait.h>
+
+namespace platform {
+namespace {
+
+/// Owns what the C library keeps about a process to be started.
+class Setting {
+public:
+    explicit Setting(const SpawnRequest& request) {
+        ::posix_spawn_file_actions_init(&actions);
+        ::posix_spawnattr_init(&attributes);
+        for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+            connect(stream, request.streams.at(static_cast<std::size_t>(stream)));
+        }
+        ::posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+        if (!request.workingDirectory.empty()) {
+            ::posix_spawn_file_actions_addchdir_np(&actions, request.workingDirectory.c_str());
+        }
+        setAttributes(request.startsSession);
+    }
+    Setting(const Setting&) = delete;
+    Setting& operator=(const Setting&) = delete;
+    Setting(Setting&&) = delete;
+    Setting& operator=(Setting&&) = delete;
+    ~Setting() {
+        ::posix_spawnattr_destroy(&attributes);
+        ::posix_spawn_file_actions_destroy(&actions);
+    }
+
+    SpawnResult spawn(std::vector<char*>& words) const {
+        SpawnResult result;
+        result.error = ::posix_spawnp(&result.process, words.front(), &actions, &attributes,
+                                      words.data(), ::environ);
+        if (result.error != 0) {
+            result.process = -1;
+        }
+        return result;
+    }
+
+private:
+    void connect(int stream, int descriptor) {
+        if (descriptor == SpawnRequest::nullDevice) {
+            ::posix_spawn_file_actions_addopen(&actions, stream, "/dev/null", O_RDWR, 0);
+        } else {
+            ::posix_spawn_file_actions_adddup2(&actions, descriptor, stream);
+        }
+    }
+
+    // What this process ignores or blocks is its own affair.
+    void setAttributes(bool startsSession) {
+        sigset_t all;
+        sigset_t none;
+        ::sigfillset(&all);
+        ::sigemptyset(&none);
+        ::posix_spawnattr_setsigdefault(&attributes, &all);
+        ::posix_spawnattr_setsigmask(&attributes, &none);
+        int flags = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
+        if (startsSession) {
+            flags |= POSIX_SPAWN_SETSID;
+        }
+        ::posix_spawnattr_setflags(&attributes, static_cast<short>(flags));
+    }
+
+    posix_spawn_file_actions_t actions{};
+    posix_spawnattr_t attributes{};
+};
+
+} // namespace
+
+SpawnResult spawn(const SpawnRequest& request) {
+    std::vector<std::string> owned = request.command;
+    std::vector<char*> words;
+    words.reserve(owned.size() + 1);
+    for (std::string& word : owned) {
+        words.push_back(word.data());
+    }
+    words.push_back(nullptr);
+    return Setting(request).spawn(words);
+}
+
+std::optional<int> waitForProcess(pid_t process) {
+    int status = 0;
+    while (::waitpid(process, &status, 0) < 0) {
+        if (errno != EINTR) {
+            return std::nullopt;
+        }
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : WTERMSIG(status);
+}
+
+} // namespace platform
