@@ -15,26 +15,35 @@ public:
     /// when that is gone. Trailing slashes go, except from "/"; "." and ".." stay.
     [[nodiscard]] static FileURL fromPath(std::string_view path);
 
-    /// Parses an absolute "file:" URL of this computer (no host, or "localhost"). nullopt for
-    /// everything else: other schemes, foreign hosts, damaged escapes, an escaped NUL or slash.
+    /// The same, marked as that of a folder: its text ends with a slash.
+    [[nodiscard]] static FileURL fromDirectoryPath(std::string_view path);
+
+    /// Parses an absolute "file:" URL of this computer (no host, or "localhost"); with a slash at
+    /// its end it is that of a folder. nullopt for everything else: other schemes, foreign hosts,
+    /// damaged escapes, an escaped NUL or slash.
     [[nodiscard]] static std::optional<FileURL> parse(std::string_view text);
 
     /// The path that the URL names, never empty, without trailing slash except for "/".
     [[nodiscard]] const std::string& path() const { return m_path; }
 
+    /// Whether the URL says that it names a folder; nothing is looked up.
+    [[nodiscard]] bool hasDirectoryPath() const { return m_isDirectory; }
+
     /// The last component of the path; "/" for the root.
     [[nodiscard]] std::string lastPathComponent() const;
 
-    /// The URL's text: "file://" and the percent-encoded path; "file:" and the path for a relative
-    /// one, which `parse` does not read.
+    /// The URL's text: "file://" and the percent-encoded path, with a slash behind that of a
+    /// folder; "file:" and the path for a relative one, which `parse` does not read.
     [[nodiscard]] std::string absoluteString() const;
 
     friend bool operator==(const FileURL&, const FileURL&) = default;
 
 private:
-    explicit FileURL(std::string path)
-        : m_path(std::move(path)) {}
+    explicit FileURL(std::string path, bool isDirectory = false)
+        : m_path(std::move(path))
+        , m_isDirectory(isDirectory) {}
     std::string m_path;
+    bool m_isDirectory;
 };
 
 } // namespace platform

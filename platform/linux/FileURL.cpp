@@ -91,6 +91,10 @@ FileURL FileURL::fromPath(std::string_view path) {
     return FileURL(absolute.empty() ? "." : withoutTrailingSlashes(std::move(absolute)));
 }
 
+FileURL FileURL::fromDirectoryPath(std::string_view path) {
+    return FileURL(fromPath(path).m_path, true);
+}
+
 std::optional<FileURL> FileURL::parse(std::string_view text) {
     if (!consumePrefixIgnoringCase(text, "file:")) {
         return std::nullopt;
@@ -107,7 +111,8 @@ std::optional<FileURL> FileURL::parse(std::string_view text) {
     if (!path) {
         return std::nullopt;
     }
-    return FileURL(withoutTrailingSlashes(*std::move(path)));
+    const bool isDirectory = path->ends_with('/');
+    return FileURL(withoutTrailingSlashes(*std::move(path)), isDirectory);
 }
 
 std::string FileURL::lastPathComponent() const {
@@ -125,6 +130,9 @@ std::string FileURL::absoluteString() const {
         text.push_back('%');
         text.push_back(hexDigits[byte >> 4U]);
         text.push_back(hexDigits[byte & 0x0FU]);
+    }
+    if (m_isDirectory && !text.ends_with('/')) {
+        text.push_back('/');
     }
     return text;
 }

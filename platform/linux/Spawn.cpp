@@ -37,10 +37,11 @@ public:
         ::posix_spawn_file_actions_destroy(&actions);
     }
 
-    SpawnResult spawn(std::vector<char*>& words) const {
+    SpawnResult spawn(std::vector<char*>& words, bool searchesPath) const {
+        const auto start = searchesPath ? ::posix_spawnp : ::posix_spawn;
         SpawnResult result;
-        result.error = ::posix_spawnp(&result.process, words.front(), &actions, &attributes,
-                                      words.data(), ::environ);
+        result.error =
+            start(&result.process, words.front(), &actions, &attributes, words.data(), ::environ);
         if (result.error != 0) {
             result.process = -1;
         }
@@ -85,7 +86,7 @@ SpawnResult spawn(const SpawnRequest& request) {
         words.push_back(word.data());
     }
     words.push_back(nullptr);
-    return Setting(request).spawn(words);
+    return Setting(request).spawn(words, request.searchesPath);
 }
 
 std::optional<int> waitForProcess(pid_t process) {

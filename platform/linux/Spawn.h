@@ -15,8 +15,8 @@ namespace platform {
 struct SpawnRequest {
     static constexpr int nullDevice = -1;
 
-    /// The program and its arguments; not empty. A program without a slash is looked for in PATH.
-    std::vector<std::string> command;
+    std::vector<std::string> command; ///< the program and its arguments; not empty
+    bool searchesPath = true;         ///< a program without a slash is looked for in PATH
     /// Standard input, output and error: descriptors of this process above 2, or `nullDevice`.
     std::array<int, 3> streams{nullDevice, nullDevice, nullDevice};
     std::string workingDirectory; ///< empty for this process's own

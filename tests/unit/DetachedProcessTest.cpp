@@ -3,14 +3,13 @@
 
 #include "tests/unit/support/EnvironmentVariable.h"
 #include "tests/unit/support/TemporaryFolder.h"
+#include "tests/unit/support/Waiting.h"
 
 #include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <iterator>
-#include <thread>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -25,16 +24,6 @@ using namespace std::chrono_literals;
 using platform::DetachedProcess::canRun;
 using platform::DetachedProcess::keepOpen;
 using platform::DetachedProcess::start;
-
-bool eventually(const std::function<bool()>& condition) {
-    for (int i = 0; i < 1000; ++i) {
-        if (condition()) {
-            return true;
-        }
-        std::this_thread::sleep_for(10ms);
-    }
-    return false;
-}
 
 std::string contentsOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);

@@ -92,4 +92,15 @@ TEST(FileURL, LastComponentIsThatOfThePath) {
     EXPECT_EQ(FileURL::fromPath("/").lastPathComponent(), "/");
 }
 
+TEST(FileURL, SaysWhetherItIsThatOfAFolder) {
+    const FileURL folder = FileURL::fromDirectoryPath("/a b/");
+    EXPECT_TRUE(folder.hasDirectoryPath());
+    EXPECT_EQ(folder.path(), "/a b");
+    EXPECT_EQ(folder.absoluteString(), "file:///a%20b/");
+    EXPECT_EQ(FileURL::parse("file:///a%20b/"), folder);
+    EXPECT_EQ(FileURL::fromDirectoryPath("/").absoluteString(), "file:///");
+    EXPECT_FALSE(FileURL::fromPath("/a b/").hasDirectoryPath());
+    EXPECT_NE(FileURL::fromPath("/a b"), folder);
+}
+
 } // namespace

@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/Task.h"
+
+#include "platform/DispatchQueue.h"
+#include "platform/linux/Spawn.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <mutex>
+#include <optional>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+// Version 2.36 of the C library forgot to say so itself.
+extern "C" {
+#include <sys/pidfd.h>
+}
+
+namespace platform {
+namespace {
+
+/// A descriptor that is closed at the end.
+class Descriptor {
+public:
+    Descriptor() = default;
+    explicit Descriptor(int number)
+        : m_number(number) {}
+    Descriptor(Descriptor&& other) noexcept
+        : m_number(std::exchange(other.m_number, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(m_number, other.m_number);
+        return *this;
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor() {
+        if (m_number >= 0) {
+            ::close(m_number);
+        }
+    }
+
+    [[nodiscard]] int number() const { return m_number; }
+    [[nodiscard]] int release() { return std::exchange(m_number, -1); }
+
+private:
+    int m_number = -1;
+};
+
+/// A pipe, or the null device in its place.
+struct Channel {
+    Descriptor reading;
+    Descriptor writing;
+    int error = 0;
+};
+
+// Below 3 it would be in the way of the child's standard streams.
+Descriptor aboveStandardStreams(Descriptor descriptor) {
+    if (descriptor.number() < 0 || descriptor.number() > STDERR_FILENO) {
+        return descriptor;
+    }
+    return Descriptor(::fcntl(descriptor.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
+
+Channel channelTo(Task::Output output) {
+    Channel channel;
+    if (output == Task::Output::nullDevice) {
+        return channel;
+    }
+    std::array<int, 2> ends{-1, -1};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0) {
+        channel.error = errno;
+        return channel;
+    }
+    channel.reading = aboveStandardStreams(Descriptor(ends[0]));
+    channel.writing = aboveStandardStreams(Descriptor(ends[1]));
+    if (channel.reading.number() < 0 || channel.writing.number() < 0) {
+        channel.error = errno;
+    }
+    return channel;
+}
+
+Task::LaunchError launchError(int error) {
+    return {std::generic_category().message(error)};
+}
+
+} // namespace
+
+/// The process and a descriptor of it, by which it cannot be mistaken for a later one that got its
+/// number.
+class Task::Process {
+public:
+    Process(pid_t process, Descriptor reference)
+        : m_process(process)
+        , m_reference(std::move(reference)) {}
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+    Process(Process&&) = delete;
+    Process& operator=(Process&&) = delete;
+    // Nobody else can clear it away any more, and it may run for long.
+    ~Process() {
+        if (!m_status) {
+            DispatchQueue::async(DispatchQueue::QualityOfService::defaultClass,
+                                 [process = m_process] { waitForProcess(process); });
+        }
+    }
+
+    void terminate() const { ::pidfd_send_signal(m_reference.number(), SIGTERM, nullptr, 0); }
+
+    int wait() {
+        const std::lock_guard lock(m_mutex);
+        if (!m_status) {
+            m_status = waitForProcess(m_process).value_or(-1);
+        }
+        return *m_status;
+    }
+
+private:
+    pid_t m_process;
+    Descriptor m_reference;
+    std::mutex m_mutex;
+    std::optional<int> m_status;
+};
+
+std::variant<std::shared_ptr<Task>, Task::LaunchError> Task::launch(const Command& command) {
+    Channel output = channelTo(command.standardOutput);
+    Channel error = channelTo(command.standardError);
+    if (const int failure = output.error != 0 ? output.error : error.error; failure != 0) {
+        return launchError(failure);
+    }
+    SpawnRequest request;
+    request.command.push_back(command.executable);
+    request.command.insert(request.command.end(), command.arguments.begin(),
+                           command.arguments.end());
+    request.searchesPath = false;
+    request.streams = {SpawnRequest::nullDevice, output.writing.number(), error.writing.number()};
+    const SpawnResult result = spawn(request);
+    if (result.error != 0) {
+        return launchError(result.error);
+    }
+    Descriptor reference(::pidfd_open(result.process, 0));
+    if (reference.number() < 0) {
+        const int failure = errno;
+        ::kill(result.process, SIGKILL);
+        waitForProcess(result.process);
+        return launchError(failure);
+    }
+    return std::shared_ptr<Task>(
+        new Task(std::make_unique<Process>(result.process, std::move(reference)),
+                 FileHandle::fromDescriptor(output.reading.release()),
+                 FileHandle::fromDescriptor(error.reading.release())));
+}
+
+Task::Task(std::unique_ptr<Process> process, FileHandle standardOutput, FileHandle standardError)
+    : m_process(std::move(process))
+    , m_standardOutput(std::move(standardOutput))
+    , m_standardError(std::move(standardError)) {}
+
+Task::~Task() = default;
+
+void Task::terminate() const {
+    m_process->terminate();
+}
+
+int Task::waitUntilExit() {
+    return m_process->wait();
+}
+
+} // namespace platform
