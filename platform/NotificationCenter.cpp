@@ -49,13 +49,13 @@ NotificationCenter::NotificationCenter()
 
 NotificationCenter::~NotificationCenter() = default;
 
-NotificationCenter::Token NotificationCenter::addObserver(std::string_view name,
-                                                          const void* object, Handler handler) {
+NotificationCenter::Token NotificationCenter::addObserver(std::string_view name, const void* object,
+                                                          Handler handler) {
     auto shared = std::make_shared<const Handler>(std::move(handler));
     const std::lock_guard lock(m_observers->mutex);
     const Token token{++m_observers->lastToken};
-    m_observers->byToken.emplace(
-        token, Observers::Observer{std::string(name), object, std::move(shared)});
+    m_observers->byToken.emplace(token,
+                                 Observers::Observer{std::string(name), object, std::move(shared)});
     return token;
 }
 

@@ -15,11 +15,12 @@ struct Failure {
 };
 
 /// Sends the text `source` to the running application with the reverse-DNS identifier
-/// `application` and waits until it has run it: 25 seconds at most, and not at all when the
-/// application is not running, which is never started. nullopt when the script ran.
+/// `application` and waits until it has run it, or for 25 seconds. The application is never
+/// started; that it is not running is known as soon as the system can be asked. nullopt when the
+/// script ran.
 ///
-/// Bytes of `source` that are not UTF-8 reach the application unharmed beside a readable form.
-/// Any thread; blocks it.
+/// `source` holds no NUL. Bytes of it that are not UTF-8 reach the application unharmed beside a
+/// readable form. Any thread; blocks it.
 [[nodiscard]] std::optional<Failure> run(const std::string& application, const std::string& source);
 
 } // namespace platform::ScriptRunner

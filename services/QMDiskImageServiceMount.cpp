@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // A file of its own, so that a program without a main loop does not link one.
-#include "services/QMDiskImageService.h"
-
 #include "foundation/QMFileHandle.h"
 #include "platform/DispatchTimer.h"
 #include "platform/FileManager.h"
@@ -10,6 +8,7 @@
 #include "platform/NotificationCenter.h"
 #include "platform/Task.h"
 #include "platform/Text.h"
+#include "services/QMDiskImageService.h"
 
 #include <semaphore>
 #include <utility>
@@ -18,11 +17,11 @@ namespace {
 
 namespace DispatchQueue = platform::DispatchQueue;
 
+using DispatchQueue::QualityOfService;
 using platform::Data;
 using platform::FileURL;
 using platform::format;
 using platform::Task;
-using DispatchQueue::QualityOfService;
 using platform::LocalizedStrings::stringForKey;
 
 std::string textOfErrorOutput(const std::optional<Data>& output) {
@@ -31,8 +30,7 @@ std::string textOfErrorOutput(const std::optional<Data>& output) {
 
 QMError errorOfLaunch(const Task::LaunchError& error) {
     return QMDiskImageService::errorWithCode(
-        QMDiskImageErrorLaunch,
-        format("Failed to launch hdiutil: {}", error.localizedDescription));
+        QMDiskImageErrorLaunch, format("Failed to launch hdiutil: {}", error.localizedDescription));
 }
 
 QMError localizedError(QMDiskImageErrorCode code, const char* key) {
@@ -170,11 +168,11 @@ void QMDiskImageService::unmountVolume(const std::optional<FileURL>& volume,
         }
         return;
     }
-    DispatchQueue::async(QualityOfService::userInitiated,
-                         [self = shared_from_this(), path = volume->path(),
-                          completion = std::move(completion)] {
-                             self->finishUnmounting(path, self->detach(path), completion);
-                         });
+    DispatchQueue::async(
+        QualityOfService::userInitiated,
+        [self = shared_from_this(), path = volume->path(), completion = std::move(completion)] {
+            self->finishUnmounting(path, self->detach(path), completion);
+        });
 }
 
 std::optional<QMError> QMDiskImageService::detach(const std::string& path) const {

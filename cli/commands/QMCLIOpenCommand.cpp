@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <iterator>
 #include <optional>
 #include <thread>
 
@@ -39,11 +40,11 @@ std::string_view paneFor(const QMCLIOptions& options) {
 }
 
 std::string targetLine(std::string_view verb, std::string_view target, std::string_view pane) {
-    return format("    {} to \"{}\" in active tab of {} pane\n", verb,
-                  QMCLIOpenCommand::escapeForAppleScript(target), pane);
+    return format("    {} to \"{}\" in active tab of {} pane\n", verb, target, pane);
 }
 
-std::string targetLines(std::span<const std::string> targets, std::string_view pane) {
+// The targets are escaped, which leaves the prefixes as they are.
+std::string targetLines(const QMCLIStrings& targets, std::string_view pane) {
     if (targets.size() > 1) {
         return targetLine("navigate", targets[0], "left")
             .append(targetLine("navigate", targets[1], "right"));
@@ -103,20 +104,24 @@ std::string QMCLIOpenCommand::targetForArgument(const std::string& argument) {
 
 std::string QMCLIOpenCommand::scriptForTargets(std::span<const std::string> targets,
                                                const QMCLIOptions& options,
-                                               std::string_view identifier) {
+                                               std::string_view identifier) const {
     std::string script = format("tell application id \"{}\"\n", identifier);
     if (!qm_isFlagSet(options, "b")) {
         script.append("  activate\n");
     }
     if (!targets.empty()) {
+        QMCLIStrings escaped;
+        for (const std::string& target : targets.first(std::min<std::size_t>(targets.size(), 2))) {
+            escaped.push_back(escapeForAppleScript(target));
+        }
         script.append("  tell front browser window\n")
-            .append(targetLines(targets, paneFor(options)))
+            .append(targetLines(escaped, paneFor(options)))
             .append("  end tell\n");
     }
     return script.append("end tell\n");
 }
 
-std::string QMCLIOpenCommand::escapeForAppleScript(std::string_view text) {
+std::string QMCLIOpenCommand::escapeForAppleScript(std::string_view text) const {
     std::string result;
     for (const char c : text) {
         if (c == '\\' || c == '"') {

@@ -4,6 +4,8 @@
 #include "cli/QMCLICommand.h"
 
 #include <span>
+#include <string>
+#include <string_view>
 
 /// "qm open": hands one or two paths or URLs to the running application, which it starts when it
 /// is not running, as a script in AppleScript.
@@ -27,11 +29,11 @@ public:
     /// The script that shows `targets` in the application `identifier`: one in the pane that the
     /// option "p" names, two in both panes; more are ignored. The option "b" leaves the
     /// application in the background. Each line ends with a line feed.
-    [[nodiscard]] static std::string scriptForTargets(std::span<const std::string> targets,
-                                                      const QMCLIOptions& options,
-                                                      std::string_view identifier);
+    [[nodiscard]] std::string scriptForTargets(std::span<const std::string> targets,
+                                               const QMCLIOptions& options,
+                                               std::string_view identifier) const;
 
     /// `text` as it has to stand inside a literal string of AppleScript: backslashes and double
     /// quotes get a backslash in front, all other characters stay.
-    [[nodiscard]] static std::string escapeForAppleScript(std::string_view text);
+    [[nodiscard]] std::string escapeForAppleScript(std::string_view text) const;
 };

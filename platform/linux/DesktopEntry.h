@@ -18,7 +18,8 @@ struct DesktopEntry {
 
     friend bool operator==(const DesktopEntry&, const DesktopEntry&) = default;
 
-    /// Reads the text of an entry. nullopt when it describes no application, or a deleted one.
+    /// Reads the text of an entry. nullopt when it describes something else than an application, or
+    /// a deleted one. An entry without a type, which it should have, is taken for an application.
     [[nodiscard]] static std::optional<DesktopEntry> parse(std::string_view text);
 
     /// The words of an Exec line, its string escapes undone before, without the field codes, which

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <span>
+#include <utility>
 
 namespace platform::ScriptRunner {
 namespace {
@@ -16,12 +17,13 @@ using Result = std::variant<BusReply, SessionBus::TimedOut, SessionBus::Unreacha
 
 constexpr std::chrono::seconds timeout{25};
 
-// Error names of the D-Bus specification. From the bus: nobody has the name, or has it any longer.
-constexpr std::array<std::string_view, 3> absences{
+// Error names of the D-Bus specification. From the bus: nobody has the name.
+constexpr std::array<std::string_view, 2> absences{
     "org.freedesktop.DBus.Error.ServiceUnknown",
     "org.freedesktop.DBus.Error.NameHasNoOwner",
-    "org.freedesktop.DBus.Error.NoReply",
 };
+// From the bus: the owner went away, or took longer than the bus allows.
+constexpr std::string_view noReply = "org.freedesktop.DBus.Error.NoReply";
 // From the application: there is nothing at the place that scripts are sent to.
 constexpr std::array<std::string_view, 3> refusals{
     "org.freedesktop.DBus.Error.UnknownObject",
@@ -40,13 +42,19 @@ BusCall callFor(const std::string& application, const std::string& source) {
     call.interface = application + ".Scripting1";
     call.member = "RunScript";
     call.text = source;
-    call.options = activationOptions();
+    auto options = activationOptions();
     if (!isUTF8(source)) {
         const auto bytes = std::as_bytes(std::span(source));
         call.text = replacingInvalidUTF8(source);
-        call.options.push_back({"source-bytes", std::vector(bytes.begin(), bytes.end())});
+        options.push_back({"source-bytes", std::vector(bytes.begin(), bytes.end())});
     }
+    call.options = std::move(options);
     return call;
+}
+
+bool isNoReplyOfBus(const Result& result) {
+    const auto* reply = std::get_if<BusReply>(&result);
+    return reply != nullptr && reply->isFromBus && reply->errorName == noReply;
 }
 
 Result send(const BusCall& call) {
@@ -55,7 +63,13 @@ Result send(const BusCall& call) {
     if (auto* unreachable = std::get_if<SessionBus::Unreachable>(&bus)) {
         return std::move(*unreachable);
     }
-    return std::get<SessionBus>(bus).call(call, deadline);
+    auto& connected = std::get<SessionBus>(bus);
+    Result result = connected.call(call, deadline);
+    // The bus tells of both in the same way.
+    if (isNoReplyOfBus(result) && connected.hasOwner(call.destination, deadline)) {
+        return SessionBus::TimedOut{};
+    }
+    return result;
 }
 
 std::optional<Failure> failureIn(const BusReply& reply, const std::string& application) {
@@ -65,7 +79,7 @@ std::optional<Failure> failureIn(const BusReply& reply, const std::string& appli
     if (reply.errorName.empty()) {
         return Failure{format("{} did not answer with a text", application)};
     }
-    if (reply.isFromBus && isAmong(absences, reply.errorName)) {
+    if (reply.isFromBus && (isAmong(absences, reply.errorName) || reply.errorName == noReply)) {
         return Failure{format("{} is not running", application)};
     }
     if (!reply.isFromBus && isAmong(refusals, reply.errorName)) {

@@ -58,7 +58,6 @@ std::variant<SdBus, std::string> loaded() {
     library.find(bus.messageGetError, "sd_bus_message_get_error");
     library.find(bus.messageGetSender, "sd_bus_message_get_sender");
     library.find(bus.messageHasSignature, "sd_bus_message_has_signature");
-    library.find(bus.messageReadBasic, "sd_bus_message_read_basic");
     if (!library.failure().empty()) {
         return library.failure();
     }

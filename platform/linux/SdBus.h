@@ -9,7 +9,7 @@
 namespace platform {
 
 /// The functions of sd-bus in use, loaded when they are first wanted: a program that talks to no
-/// bus does not load libsystemd and the five libraries behind it.
+/// bus does not load libsystemd and the libraries behind it.
 struct SdBus {
     decltype(&::sd_bus_open_user) openUser;
     decltype(&::sd_bus_close_unref) closeUnref;
@@ -29,7 +29,6 @@ struct SdBus {
     decltype(&::sd_bus_message_get_error) messageGetError;
     decltype(&::sd_bus_message_get_sender) messageGetSender;
     decltype(&::sd_bus_message_has_signature) messageHasSignature;
-    decltype(&::sd_bus_message_read_basic) messageReadBasic;
 
     /// The functions, valid for the life of the process, or why they cannot be had. Any thread.
     [[nodiscard]] static const std::variant<SdBus, std::string>& load();

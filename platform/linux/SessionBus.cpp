@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <system_error>
+#include <cstring>
 #include <utility>
 
 namespace platform {
@@ -23,7 +23,9 @@ const SdBus& bus() {
 }
 
 Unreachable unreachable(int negativeError) {
-    return {std::generic_category().message(-negativeError)};
+    // Never translated: the words decide what happens next.
+    const char* const text = ::strerrordesc_np(-negativeError);
+    return {text == nullptr ? "Unknown error" : text};
 }
 
 struct Unref {
@@ -102,7 +104,7 @@ private:
     int status = 0;
 };
 
-// Sends the call; the answer is a negative error or the number that its reply will carry.
+// Sends the call. Answers the number that its reply will carry.
 std::variant<std::uint64_t, Unreachable> send(sd_bus* connection, const BusCall& call) {
     sd_bus_message* created = nullptr;
     int result =
@@ -117,7 +119,9 @@ std::variant<std::uint64_t, Unreachable> send(sd_bus* connection, const BusCall&
         if (call.text) {
             writer.text(*call.text);
         }
-        writer.options(call.options);
+        if (call.options) {
+            writer.options(*call.options);
+        }
         result = writer.result();
     }
     std::uint64_t cookie = 0;
@@ -130,19 +134,13 @@ std::variant<std::uint64_t, Unreachable> send(sd_bus* connection, const BusCall&
     return cookie;
 }
 
-bool isText(sd_bus_message* message) {
-    const char* text = nullptr;
-    return bus().messageHasSignature(message, "s") > 0 &&
-           bus().messageReadBasic(message, 's', static_cast<void*>(&text)) > 0;
-}
-
 BusReply readReply(sd_bus_message* message) {
     BusReply reply;
     const char* const sender = bus().messageGetSender(message);
     reply.isFromBus = sender != nullptr && std::string_view(sender) == "org.freedesktop.DBus";
     const sd_bus_error* const error = bus().messageGetError(message);
     if (error == nullptr || error->name == nullptr) {
-        reply.isText = isText(message);
+        reply.isText = bus().messageHasSignature(message, "s") > 0;
         return reply;
     }
     reply.errorName = error->name;
@@ -211,8 +209,20 @@ std::variant<BusReply, SessionBus::TimedOut, Unreachable> SessionBus::call(const
     return unreachable(result);
 }
 
-void SessionBus::post(const BusCall& call) {
-    static_cast<void>(send(connection.get(), call));
+bool SessionBus::post(const BusCall& call) {
+    return std::holds_alternative<std::uint64_t>(send(connection.get(), call));
+}
+
+bool SessionBus::hasOwner(const std::string& name, Deadline deadline) {
+    const auto answer = call({.destination = "org.freedesktop.DBus",
+                              .path = "/org/freedesktop/DBus",
+                              .interface = "org.freedesktop.DBus",
+                              .member = "GetNameOwner",
+                              .text = name,
+                              .options = std::nullopt},
+                             deadline);
+    const auto* reply = std::get_if<BusReply>(&answer);
+    return reply != nullptr && reply->isText;
 }
 
 int SessionBus::descriptor() const {

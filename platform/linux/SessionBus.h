@@ -23,7 +23,7 @@ struct BusOption {
     BusValue value;
 };
 
-/// A method call whose arguments are a text or nothing, and options: "sa{sv}" or "a{sv}". Texts
+/// A method call whose arguments are a text, options, or both: "s", "a{sv}" or "sa{sv}". Texts
 /// must be UTF-8 without NUL.
 struct BusCall {
     std::string destination;
@@ -32,15 +32,16 @@ struct BusCall {
     std::string member;
     bool startsDestination = false; ///< the bus may start the owner of the name
     std::optional<std::string> text;
-    std::vector<BusOption> options;
+    std::optional<std::vector<BusOption>> options;
 };
 
 /// What came back for a call.
 struct BusReply {
-    bool isText = false;             ///< a plain answer of the signature "s"
-    std::string errorName;           ///< empty for a plain answer
-    std::optional<std::string> text; ///< of an error, where it has one
-    bool isFromBus = false;          ///< the bus answered in place of the owner
+    bool isText = false;   ///< a plain answer of the signature "s"
+    std::string errorName; ///< empty for a plain answer
+    /// Of an error, where it has one that can be read: the library refuses noncharacters.
+    std::optional<std::string> text;
+    bool isFromBus = false; ///< the bus answered in place of the owner
 };
 
 /// A connection to the session bus of its own. One thread at a time.
@@ -53,7 +54,8 @@ public:
     };
     struct TimedOut {};
 
-    /// Connects and waits until the bus has accepted the connection, or until `deadline`.
+    /// Connects and waits until the bus has accepted the connection, or until `deadline`; only the
+    /// name of a computer in the address, which nobody uses, may take the time it takes.
     [[nodiscard]] static std::variant<SessionBus, Unreachable> connect(Deadline deadline);
 
     /// Calls and waits for the reply.
@@ -62,7 +64,11 @@ public:
 
     /// Calls and does not wait. The bus drops a call whose caller leaves before the destination
     /// was started; whoever keeps `descriptor` open has not left.
-    void post(const BusCall& call);
+    /// Answers whether the call was sent.
+    bool post(const BusCall& call);
+
+    /// Whether somebody has `name` now. False as well when that cannot be found out.
+    [[nodiscard]] bool hasOwner(const std::string& name, Deadline deadline);
 
     /// The connection's socket, or -1. Valid as long as this object.
     [[nodiscard]] int descriptor() const;

@@ -37,11 +37,11 @@ public:
         ::posix_spawn_file_actions_destroy(&actions);
     }
 
-    SpawnResult spawn(std::vector<char*>& words, bool searchesPath) const {
-        const auto start = searchesPath ? ::posix_spawnp : ::posix_spawn;
+    // Safe in a child of a process with several threads: it allocates nothing.
+    SpawnResult spawn(const char* program, std::vector<char*>& words) const {
         SpawnResult result;
         result.error =
-            start(&result.process, words.front(), &actions, &attributes, words.data(), ::environ);
+            ::posix_spawn(&result.process, program, &actions, &attributes, words.data(), ::environ);
         if (result.error != 0) {
             result.process = -1;
         }
@@ -76,17 +76,45 @@ private:
     posix_spawnattr_t attributes{};
 };
 
+/// A request in the form in which the C library takes it.
+class Launch {
+public:
+    explicit Launch(const SpawnRequest& request)
+        : program(request.program)
+        , command(request.command)
+        , setting(request) {
+        words.reserve(command.size() + 1);
+        for (std::string& word : command) {
+            words.push_back(word.data());
+        }
+        words.push_back(nullptr);
+    }
+
+    SpawnResult start() { return setting.spawn(program.c_str(), words); }
+
+private:
+    std::string program;
+    std::vector<std::string> command;
+    std::vector<char*> words;
+    Setting setting;
+};
+
 } // namespace
 
 SpawnResult spawn(const SpawnRequest& request) {
-    std::vector<std::string> owned = request.command;
-    std::vector<char*> words;
-    words.reserve(owned.size() + 1);
-    for (std::string& word : owned) {
-        words.push_back(word.data());
+    return Launch(request).start();
+}
+
+void spawnDetached(const SpawnRequest& request) {
+    Launch launch(request);
+    const pid_t child = ::_Fork();
+    if (child == 0) {
+        launch.start();
+        ::_exit(0);
     }
-    words.push_back(nullptr);
-    return Setting(request).spawn(words, request.searchesPath);
+    if (child > 0) {
+        waitForProcess(child);
+    }
 }
 
 std::optional<int> waitForProcess(pid_t process) {

@@ -15,8 +15,8 @@ namespace platform {
 struct SpawnRequest {
     static constexpr int nullDevice = -1;
 
-    std::vector<std::string> command; ///< the program and its arguments; not empty
-    bool searchesPath = true;         ///< a program without a slash is looked for in PATH
+    std::string program;              ///< its path
+    std::vector<std::string> command; ///< the words it sees: its name and its arguments
     /// Standard input, output and error: descriptors of this process above 2, or `nullDevice`.
     std::array<int, 3> streams{nullDevice, nullDevice, nullDevice};
     std::string workingDirectory; ///< empty for this process's own
@@ -31,6 +31,9 @@ struct SpawnResult {
 
 /// Starts the program, without a shell. Any thread.
 [[nodiscard]] SpawnResult spawn(const SpawnRequest& request);
+
+/// Starts the program as no child of this process, so that nobody has to wait for it. Any thread.
+void spawnDetached(const SpawnRequest& request);
 
 /// Waits until `process`, a child, ends. Answers its exit status or the number of the signal that
 /// ended it; nullopt when the system keeps no status of it. Any thread.

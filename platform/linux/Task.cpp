@@ -132,10 +132,10 @@ std::variant<std::shared_ptr<Task>, Task::LaunchError> Task::launch(const Comman
         return launchError(failure);
     }
     SpawnRequest request;
+    request.program = command.executable;
     request.command.push_back(command.executable);
     request.command.insert(request.command.end(), command.arguments.begin(),
                            command.arguments.end());
-    request.searchesPath = false;
     request.streams = {SpawnRequest::nullDevice, output.writing.number(), error.writing.number()};
     const SpawnResult result = spawn(request);
     if (result.error != 0) {

@@ -20,7 +20,8 @@ constexpr std::chrono::seconds connectTimeout{1};
 // The bus forgets what a caller who left has asked of an application that is still starting.
 constexpr std::chrono::seconds startTimeout{25};
 
-// The first file of the name decides, also when it says that the application is deleted.
+// The first file of the name that can be read decides, also when it says that the application is
+// deleted.
 std::optional<DesktopEntry> entryOf(const std::string& application) {
     for (const std::string& folder : XdgFolders::dataFolders()) {
         const auto contents = FileManager::contentsAtPath(
@@ -37,14 +38,16 @@ std::optional<DesktopEntry> entryOf(const std::string& application) {
 void activateThroughBus(const std::string& application) {
     auto bus = SessionBus::connect(std::chrono::steady_clock::now() + connectTimeout);
     if (auto* connected = std::get_if<SessionBus>(&bus)) {
-        connected->post({.destination = application,
-                         .path = objectPathForName(application),
-                         .interface = "org.freedesktop.Application",
-                         .member = "Activate",
-                         .startsDestination = true,
-                         .text = std::nullopt,
-                         .options = activationOptions()});
-        DetachedProcess::keepOpen(connected->descriptor(), startTimeout);
+        const bool isSent = connected->post({.destination = application,
+                                             .path = objectPathForName(application),
+                                             .interface = "org.freedesktop.Application",
+                                             .member = "Activate",
+                                             .startsDestination = true,
+                                             .text = std::nullopt,
+                                             .options = activationOptions()});
+        if (isSent) {
+            DetachedProcess::keepOpen(connected->descriptor(), startTimeout);
+        }
     }
 }
 
@@ -52,8 +55,8 @@ void activateThroughBus(const std::string& application) {
 
 bool openApplication(const std::string& application) {
     const auto entry = entryOf(application);
-    if (!entry ||
-        (!entry->requiredProgram.empty() && !DetachedProcess::canRun(entry->requiredProgram))) {
+    if (!entry || (!entry->requiredProgram.empty() &&
+                   !DetachedProcess::findProgram(entry->requiredProgram))) {
         return false;
     }
     if (entry->isBusActivatable) {

@@ -7,12 +7,13 @@
 : "${APPLICATION_ID:?must be the id that qm was built for}"
 TEST_APPLICATION=$(realpath "$TEST_APPLICATION")
 
-# What is started here must not keep bats waiting for its output.
+# What is started here must not keep bats waiting for its output. The arguments replace the choice
+# of the usual session bus.
 start_bus() {
     make_record
     mkdir -p "$XDG_DATA_HOME"
     unset DBUS_STARTER_ADDRESS DBUS_STARTER_BUS_TYPE DESKTOP_STARTUP_ID
-    dbus-daemon --session --nofork --print-address=9 9>"$seen/address" >"$seen/bus" 2>&1 3>&- &
+    dbus-daemon "${@:---session}" --nofork --print-address=9 9>"$seen/address" >"$seen/bus" 2>&1 3>&- &
     bus=$!
     wait_for test -s "$seen/address"
     DBUS_SESSION_BUS_ADDRESS=$(cat "$seen/address")

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Listens at a socket and speaks the D-Bus protocol badly, to one client after the other.
+"""Listens at a socket and speaks the D-Bus protocol badly.
 
 usage: odd_bus.py SOCKET BEHAVIOUR
 """
@@ -9,6 +9,7 @@ import os
 import socket
 import struct
 import sys
+import threading
 import time
 
 RETURN, ERROR, SIGNAL = 2, 3, 4
@@ -36,16 +37,16 @@ def message(kind, serial, fields, body=b"", length=None):
     return padded(head + array, 8) + body
 
 
-def reply_to(serial, own, kind=RETURN, body=b"", signature=b"s", length=None, name=b"a.b.Error"):
+def reply_to(serial, own, kind=RETURN, body=b"", length=None, name=b"a.b.Error", sender=b":1.2"):
     fields = [
         field(5, b"u", struct.pack("<I", serial)),
         field(6, b"s", text(b":1.1")),
-        field(7, b"s", text(b":1.2")),
+        field(7, b"s", text(sender)),
     ]
     if kind == ERROR:
         fields.append(field(4, b"s", text(name)))
     if body:
-        fields.append(field(8, b"g", bytes([len(signature)]) + signature + b"\0"))
+        fields.append(field(8, b"g", b"\1s\0"))
     return message(kind, own, fields, body, length)
 
 
@@ -108,10 +109,14 @@ def flood(client):
         client.send(signal * 100)
 
 
-def serve(client, behaviour):
+ABSENT = b"org.freedesktop.DBus.Error.NameHasNoOwner"
+
+
+def serve(client, behaviour, number):
+    """The number tells the first client from later ones."""
     if behaviour == "close":
         return
-    if behaviour == "silent":
+    if behaviour == "silent" or (behaviour == "absent-then-silent" and number == 2):
         time.sleep(3600)
     if behaviour == "garbage":
         client.line()
@@ -144,6 +149,13 @@ def serve(client, behaviour):
         client.send(b"l" + bytes(range(200)) * 20)
     if behaviour == "reply-huge":
         client.send(reply_to(serial, 2, body=text(b"x"), length=0x7FFFFFFF))
+    if behaviour == "absent-then-silent":
+        if number == 1:
+            sender = b"org.freedesktop.DBus"
+            client.send(reply_to(serial, 2, ERROR, text(b"none"), name=ABSENT, sender=sender))
+        else:
+            client.send(reply_to(serial, 2, ERROR, text(b"again")))
+        client.connection.recv(1)
     if behaviour == "reply-bad-text":
         client.send(reply_to(serial, 2, body=struct.pack("<I", 4096) + b"x\0"))
         time.sleep(3600)
@@ -153,17 +165,23 @@ def serve(client, behaviour):
         time.sleep(3600)
 
 
+def converse(connection, number):
+    try:
+        serve(Client(connection), sys.argv[2], number)
+    except (EOFError, ConnectionError):
+        pass
+    connection.close()
+
+
 def main():
     listener = socket.socket(socket.AF_UNIX)
     listener.bind(sys.argv[1])
     listener.listen()
+    number = 0
     while True:
         connection, _ = listener.accept()
-        try:
-            serve(Client(connection), sys.argv[2])
-        except (EOFError, ConnectionError):
-            pass
-        connection.close()
+        number += 1
+        threading.Thread(target=converse, args=(connection, number), daemon=True).start()
 
 
 main()

@@ -52,6 +52,8 @@ TEST(DesktopEntry, CountsTheLastOfEqualKeys) {
     EXPECT_EQ(entry("Exec=a\nExec=b")->command, Words{"b"});
     EXPECT_FALSE(entry("DBusActivatable=true\nDBusActivatable=false")->isBusActivatable);
     EXPECT_FALSE(entry("DBusActivatable=1")->isBusActivatable);
+    EXPECT_EQ(entry("Exec=a\n[x]\nExec=b\n[Desktop Entry]\nPath=/p"),
+              (DesktopEntry{false, {"a"}, "/p", ""}));
 }
 
 TEST(ExecLine, SplitsAtBlanks) {

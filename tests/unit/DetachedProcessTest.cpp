@@ -5,11 +5,14 @@
 #include "tests/unit/support/TemporaryFolder.h"
 #include "tests/unit/support/Waiting.h"
 
+#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <set>
+#include <utility>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -17,11 +20,12 @@
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 
 namespace {
 
 using namespace std::chrono_literals;
-using platform::DetachedProcess::canRun;
+using platform::DetachedProcess::findProgram;
 using platform::DetachedProcess::keepOpen;
 using platform::DetachedProcess::start;
 
@@ -72,10 +76,12 @@ TEST(DetachedProcess, HasNothingOfTheCallers) {
     EXPECT_EQ(output, folder.path() + "\n/dev/null\nclosed\nleader\n0000000\n0000000\n");
 }
 
-TEST(DetachedProcess, LeavesNoZombie) {
+TEST(DetachedProcess, IsNoChildOfTheCaller) {
     const TemporaryFolder folder;
-    const std::string process = outputOf(folder, "printf $$");
-    EXPECT_TRUE(eventually([&] { return !std::filesystem::exists("/proc/" + process); }));
+    const std::string parent = outputOf(folder, "ps -o ppid= -p $$ | tr -d ' \\n'");
+    EXPECT_NE(parent, std::to_string(::getpid()));
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
+    EXPECT_EQ(errno, ECHILD);
 }
 
 TEST(DetachedProcess, DoesNothingWithoutAProgramOrAFolder) {
@@ -90,29 +96,109 @@ TEST(DetachedProcess, DoesNothingWithoutAProgramOrAFolder) {
     EXPECT_FALSE(std::filesystem::exists(folder.path("made")));
 }
 
-TEST(DetachedProcess, KnowsWhatCanRun) {
+TEST(DetachedProcess, FindsProgramsThatCanRun) {
     const TemporaryFolder folder;
     const std::string program = folder.file("program");
-    EXPECT_FALSE(canRun(program));
+    EXPECT_EQ(findProgram(program), std::nullopt);
     std::filesystem::permissions(program, std::filesystem::perms::owner_all);
-    EXPECT_TRUE(canRun(program));
-    EXPECT_FALSE(canRun("program"));
-    const EnvironmentVariable path("PATH", ("/none:" + folder.path()).c_str());
-    EXPECT_TRUE(canRun("program"));
-    EXPECT_FALSE(canRun("sh"));
+    EXPECT_EQ(findProgram(program), program);
+    EXPECT_EQ(findProgram("program"), std::nullopt);
+    EXPECT_EQ(findProgram(folder.path()), std::nullopt);
+    EXPECT_EQ(findProgram(""), std::nullopt);
+    const EnvironmentVariable path("PATH", ("/none::" + folder.path() + ":/bin").c_str());
+    EXPECT_EQ(findProgram("program"), program);
+    EXPECT_EQ(findProgram("sh"), "/bin/sh");
     const EnvironmentVariable none("PATH", nullptr);
-    EXPECT_TRUE(canRun("sh"));
-    EXPECT_FALSE(canRun(""));
+    EXPECT_EQ(findProgram("sh"), "/bin/sh");
 }
 
-TEST(DetachedProcess, KeepsASocketOpenForATime) {
-    int ends[2] = {};
-    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
-    keepOpen(ends[0], 1500ms);
-    ::close(ends[0]);
-    EXPECT_TRUE(isOpen(ends[1]));
-    EXPECT_TRUE(eventually([&] { return !isOpen(ends[1]); }));
-    ::close(ends[1]);
+TEST(DetachedProcess, FindsNothingInFoldersThatAreNotAbsolute) {
+    const TemporaryFolder folder;
+    const std::string program = folder.file("program");
+    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.path());
+    const EnvironmentVariable path("PATH", ":.:./");
+    EXPECT_EQ(findProgram("program"), std::nullopt);
+    EXPECT_EQ(findProgram("./program"), std::nullopt);
+    std::filesystem::current_path(before);
+}
+
+/// A pair of connected sockets.
+class SocketPair {
+public:
+    SocketPair() { EXPECT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0); }
+    SocketPair(const SocketPair&) = delete;
+    SocketPair& operator=(const SocketPair&) = delete;
+    SocketPair(SocketPair&&) = delete;
+    SocketPair& operator=(SocketPair&&) = delete;
+    ~SocketPair() {
+        closeOwn();
+        closeOther();
+    }
+
+    [[nodiscard]] int own() const { return ends[0]; }
+    [[nodiscard]] int other() const { return ends[1]; }
+    void closeOwn() { close(ends[0]); }
+    void closeOther() { close(ends[1]); }
+
+private:
+    static void close(int& end) {
+        if (end >= 0) {
+            ::close(std::exchange(end, -1));
+        }
+    }
+    int ends[2] = {-1, -1};
+};
+
+// The processes that have no file open but one socket: those that hold one.
+std::set<std::string> holders() {
+    std::set<std::string> found;
+    for (const auto& process : std::filesystem::directory_iterator("/proc")) {
+        std::error_code error;
+        std::filesystem::directory_iterator files(process.path() / "fd", error);
+        std::vector<std::string> names;
+        std::string target;
+        for (; !error && files != std::filesystem::directory_iterator(); files.increment(error)) {
+            names.push_back(files->path().filename());
+            target = std::filesystem::read_symlink(files->path(), error);
+        }
+        if (names == std::vector<std::string>{"0"} && target.starts_with("socket:")) {
+            found.insert(process.path().filename());
+        }
+    }
+    return found;
+}
+
+TEST(HeldSocket, StaysOpenForATime) {
+    SocketPair sockets;
+    keepOpen(sockets.own(), 1500ms);
+    sockets.closeOwn();
+    EXPECT_TRUE(isOpen(sockets.other()));
+    EXPECT_TRUE(eventually([&] { return !isOpen(sockets.other()); }));
+}
+
+TEST(HeldSocket, IsAllThatItsProcessHas) {
+    const std::set<std::string> before = holders();
+    SocketPair sockets;
+    keepOpen(sockets.own(), 60s);
+    std::set<std::string> now;
+    EXPECT_TRUE(eventually([&] { return (now = holders()).size() > before.size(); }));
+    std::string holder;
+    for (const std::string& process : now) {
+        holder = before.contains(process) ? holder : process;
+    }
+    EXPECT_EQ(std::filesystem::read_symlink("/proc/" + holder + "/cwd"), "/");
+    EXPECT_EQ(std::to_string(::getsid(std::stoi(holder))), holder);
+    // It ends with the connection.
+    sockets.closeOther();
+    EXPECT_TRUE(eventually([&] { return !holders().contains(holder); }));
+}
+
+TEST(HeldSocket, IsNothingForANegativeDescriptor) {
+    const std::set<std::string> before = holders();
+    keepOpen(-1, 60s);
+    EXPECT_EQ(holders(), before);
 }
 
 } // namespace

@@ -18,10 +18,9 @@ class Notifications : public testing::Test {
 protected:
     NotificationCenter::Token observe(std::string_view name, const void* object,
                                       const std::string& mark) {
-        return center.addObserver(
-            name, object, [this, mark](const Notification& notification) {
-                seen.push_back(mark + ":" + notification.name);
-            });
+        return center.addObserver(name, object, [this, mark](const Notification& notification) {
+            seen.push_back(mark + ":" + notification.name);
+        });
     }
     void post(const std::string& name, const void* object = nullptr) {
         center.post({name, object, {}});
@@ -55,8 +54,7 @@ TEST_F(Notifications, ReachObserversOfTheirObject) {
 TEST_F(Notifications, CarryTheirInformation) {
     Notification got;
     const auto url = platform::FileURL::fromPath("/mnt/disk");
-    static_cast<void>(
-        center.addObserver("a", nullptr, [&got](const Notification& n) { got = n; }));
+    static_cast<void>(center.addObserver("a", nullptr, [&got](const Notification& n) { got = n; }));
     center.post({"a", &oneObject, {{"path", std::string("/x")}, {"url", url}}});
     EXPECT_EQ(got.object, &oneObject);
     EXPECT_EQ(std::get<std::string>(got.userInfo.at("path")), "/x");
@@ -87,8 +85,7 @@ TEST_F(Notifications, AllowTheirObserversEverything) {
 
 TEST_F(Notifications, MayBePostedAndObservedFromManyThreads) {
     std::atomic<int> count = 0;
-    const auto token =
-        center.addObserver("a", nullptr, [&count](const Notification&) { ++count; });
+    const auto token = center.addObserver("a", nullptr, [&count](const Notification&) { ++count; });
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {

@@ -13,7 +13,7 @@ using Options = QMCLIOptions;
 using Targets = std::vector<std::string>;
 
 std::string script(const Targets& targets, const Options& options = {}) {
-    return QMCLIOpenCommand::scriptForTargets(targets, options, "org.example.Files");
+    return QMCLIOpenCommand().scriptForTargets(targets, options, "org.example.Files");
 }
 
 std::string scriptOfOne(const std::string& line) {
@@ -27,7 +27,7 @@ std::string scriptOfOne(const std::string& line) {
 }
 
 std::string escaped(std::string_view text) {
-    return QMCLIOpenCommand::escapeForAppleScript(text);
+    return QMCLIOpenCommand().escapeForAppleScript(text);
 }
 
 TEST(OpenScript, OfNoTargetActivatesOnly) {

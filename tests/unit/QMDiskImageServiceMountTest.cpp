@@ -64,12 +64,12 @@ protected:
     void mount(const std::string& script, const std::string& path) {
         tool.says(script);
         isDone = false;
-        service->mountDiskImage(path, [this](std::optional<FileURL> url,
-                                             std::optional<QMError> failure) {
-            EXPECT_NE(url.has_value(), failure.has_value());
-            events.push_back(url ? "mounted " + url->absoluteString() : "failed");
-            finish(std::move(failure));
-        });
+        service->mountDiskImage(
+            path, [this](std::optional<FileURL> url, std::optional<QMError> failure) {
+                EXPECT_NE(url.has_value(), failure.has_value());
+                events.push_back(url ? "mounted " + url->absoluteString() : "failed");
+                finish(std::move(failure));
+            });
         EXPECT_FALSE(isDone);
         serveMainQueue();
     }
@@ -113,7 +113,8 @@ protected:
 TEST_F(DiskImageMounting, AnnouncesThenReportsAndRecordsAMount) {
     mount(mountedAtX);
     EXPECT_EQ(events, (Events{"QMDiskImageDidMountNotification mountPoint=file:///mnt/x/ "
-                              "sourcePath=" + tool.image(),
+                              "sourcePath=" +
+                                  tool.image(),
                               "mounted file:///mnt/x/"}));
     EXPECT_EQ(tool.arguments(), "attach\n" + tool.image() + "\n-plist\n-noverify\n");
     EXPECT_EQ(service->mountedImages(),
@@ -240,8 +241,7 @@ TEST_F(DiskImageMounting, EndsAToolThatTakesTooLong) {
 TEST_F(DiskImageMounting, CountsATimeoutBeforeAStatus) {
     service = QMDiskImageService::init({tool.path(), 100ms});
     // Ends well, though it was asked to end.
-    mount(std::string("trap 'exit 0' TERM; ") + mountedAtX +
-          "; while :; do sleep 0.01; done");
+    mount(std::string("trap 'exit 0' TERM; ") + mountedAtX + "; while :; do sleep 0.01; done");
     expectError(-5, "diskImage.error.timeout");
 }
 
@@ -273,10 +273,8 @@ TEST_F(DiskImageMounting, KeepsTheServiceWhileItWorks) {
     tool.says(mountedAtX);
     bool done = false;
     QMDiskImageService::init({tool.path(), 2min})
-        ->mountDiskImage(tool.image(),
-                         [&](const std::optional<FileURL>&, const std::optional<QMError>&) {
-                             done = true;
-                         });
+        ->mountDiskImage(tool.image(), [&](const std::optional<FileURL>&,
+                                           const std::optional<QMError>&) { done = true; });
     DispatchQueue::runMainQueueUntil([&] { return done; });
     EXPECT_TRUE(events[0].starts_with("another's "));
 }
@@ -290,12 +288,12 @@ TEST_F(DiskImageMounting, RunsManyAtATime) {
     std::size_t done = 0;
     for (int i = 0; i < 20; ++i) {
         const std::string name = std::to_string(i);
-        service->mountDiskImage(folder.file(name + ".dmg"),
-                                [&, name](const std::optional<FileURL>& url,
-                                          const std::optional<QMError>&) {
-                                    ++done;
-                                    right += url && url->path() == "/mnt/" + name ? 1U : 0U;
-                                });
+        service->mountDiskImage(
+            folder.file(name + ".dmg"),
+            [&, name](const std::optional<FileURL>& url, const std::optional<QMError>&) {
+                ++done;
+                right += url && url->path() == "/mnt/" + name ? 1U : 0U;
+            });
     }
     DispatchQueue::runMainQueueUntil([&] { return done == 20; });
     EXPECT_EQ(right, 20U);

@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/SessionBus.h"
 
-#include "platform/Application.h"
-#include "platform/ScriptRunner.h"
-#include "platform/Workspace.h"
 #include "tests/unit/support/EnvironmentVariable.h"
-#include "tests/unit/support/TemporaryFolder.h"
 
 #include <variant>
 
@@ -32,6 +28,8 @@ TEST(SessionBus, HandsOnOneActivationToken) {
     ASSERT_EQ(activationOptions().size(), 1U);
     EXPECT_EQ(activationOptions()[0].name, "activation-token");
     EXPECT_EQ(std::get<std::string>(activationOptions()[0].value), "one");
+    const EnvironmentVariable empty("XDG_ACTIVATION_TOKEN", "");
+    EXPECT_EQ(std::get<std::string>(activationOptions()[0].value), "two");
     const EnvironmentVariable damaged("XDG_ACTIVATION_TOKEN", "\xFF");
     EXPECT_EQ(std::get<std::string>(activationOptions()[0].value), "two");
 }
@@ -42,31 +40,6 @@ TEST(SessionBus, TellsWhyItCannotBeReached) {
         SessionBus::connect(std::chrono::steady_clock::now() + std::chrono::seconds(10));
     ASSERT_TRUE(std::holds_alternative<SessionBus::Unreachable>(bus));
     EXPECT_EQ(std::get<SessionBus::Unreachable>(bus).reason, "No such file or directory");
-}
-
-TEST(ScriptRunner, FailsWithoutABus) {
-    const EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere/bus");
-    const auto failure = platform::ScriptRunner::run("org.example.Files", "x");
-    ASSERT_TRUE(failure);
-    EXPECT_EQ(failure->message, "Cannot connect to the session bus: No such file or directory");
-}
-
-TEST(Workspace, KnowsWhetherAnApplicationIsInstalled) {
-    const TemporaryFolder folder;
-    const EnvironmentVariable own("XDG_DATA_HOME", folder.path().c_str());
-    const EnvironmentVariable system("XDG_DATA_DIRS", folder.path("none").c_str());
-    EXPECT_FALSE(platform::Workspace::openApplication("org.example.Files"));
-    static_cast<void>(folder.folder("applications"));
-    static_cast<void>(folder.file("applications/org.example.Files.desktop",
-                                  "[Desktop Entry]\nType=Application\n"));
-    EXPECT_TRUE(platform::Workspace::openApplication("org.example.Files"));
-    static_cast<void>(
-        folder.file("applications/org.example.Files.desktop", "[Desktop Entry]\nTryExec=/none\n"));
-    EXPECT_FALSE(platform::Workspace::openApplication("org.example.Files"));
-}
-
-TEST(Application, IsTheOneThatThisWasBuiltFor) {
-    EXPECT_EQ(platform::applicationIdentifier(), QM_APPLICATION_ID);
 }
 
 } // namespace

@@ -178,10 +178,9 @@ TEST(Task, RunsBesideManyOthers) {
         threads.emplace_back([i, &right] {
             for (int round = 0; round < 10; ++round) {
                 const std::string text = std::to_string(i * 100 + round);
-                const auto task = launched(
-                    {"/bin/echo", {text}, Output::pipe, Output::pipe});
-                right += textOf(task->standardOutput()) == text + "\n" &&
-                         task->waitUntilExit() == 0;
+                const auto task = launched({"/bin/echo", {text}, Output::pipe, Output::pipe});
+                right +=
+                    textOf(task->standardOutput()) == text + "\n" && task->waitUntilExit() == 0;
             }
         });
     }

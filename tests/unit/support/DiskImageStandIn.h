@@ -16,9 +16,9 @@ public:
 
     /// What the tool does from now on.
     void says(const std::string& script) const {
-        const std::string tool = folder.file(
-            "tool", "#!/bin/sh\nprintf '%s\\n' \"$@\" >'" + folder.path("arguments") + "'\n" +
-                        script + "\n");
+        const std::string tool =
+            folder.file("tool", "#!/bin/sh\nprintf '%s\\n' \"$@\" >'" + folder.path("arguments") +
+                                    "'\n" + script + "\n");
         std::filesystem::permissions(tool, std::filesystem::perms::owner_all);
     }
     [[nodiscard]] std::string path() const { return folder.path("tool"); }
