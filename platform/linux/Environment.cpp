@@ -4,11 +4,23 @@
 #include <cstdlib>
 
 namespace platform {
+namespace {
+
+const char* value(const char* name) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the process changes its environment
+    return std::getenv(name);
+}
+
+} // namespace
 
 std::string_view environmentVariable(const char* name) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the process changes its environment
-    const char* const value = std::getenv(name);
-    return value == nullptr ? std::string_view() : value;
+    const char* const text = value(name);
+    return text == nullptr ? std::string_view() : text;
+}
+
+bool isSetButEmpty(const char* name) {
+    const char* const text = value(name);
+    return text != nullptr && *text == '\0';
 }
 
 std::vector<std::string_view> foldersInList(std::string_view list) {

@@ -57,19 +57,33 @@ bool isNoReplyOfBus(const Result& result) {
     return reply != nullptr && reply->isFromBus && reply->errorName == noReply;
 }
 
-Result send(const BusCall& call) {
+bool isPlainText(const Result& result) {
+    const auto* reply = std::get_if<BusReply>(&result);
+    return reply != nullptr && reply->isText;
+}
+
+// Calls whoever has the name now, so that only that one can answer.
+Result send(BusCall call, SessionBus& bus, SessionBus::Deadline deadline) {
+    Result owner = bus.ownerOf(call.destination, deadline);
+    if (!isPlainText(owner)) {
+        return owner;
+    }
+    call.destination = std::get<BusReply>(owner).text.value_or("");
+    Result result = bus.call(call, deadline);
+    // The bus says the same of one who left and of one who took longer than it allows.
+    if (isNoReplyOfBus(result) && isPlainText(bus.ownerOf(call.destination, deadline))) {
+        return SessionBus::TimedOut{};
+    }
+    return result;
+}
+
+Result send(BusCall call) {
     const auto deadline = std::chrono::steady_clock::now() + timeout;
     auto bus = SessionBus::connect(deadline);
     if (auto* unreachable = std::get_if<SessionBus::Unreachable>(&bus)) {
         return std::move(*unreachable);
     }
-    auto& connected = std::get<SessionBus>(bus);
-    Result result = connected.call(call, deadline);
-    // The bus tells of both in the same way.
-    if (isNoReplyOfBus(result) && connected.hasOwner(call.destination, deadline)) {
-        return SessionBus::TimedOut{};
-    }
-    return result;
+    return send(std::move(call), std::get<SessionBus>(bus), deadline);
 }
 
 std::optional<Failure> failureIn(const BusReply& reply, const std::string& application) {

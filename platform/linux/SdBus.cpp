@@ -54,6 +54,9 @@ std::variant<SdBus, std::string> loaded() {
     library.find(bus.messageCloseContainer, "sd_bus_message_close_container");
     library.find(bus.messageAppendStringSpace, "sd_bus_message_append_string_space");
     library.find(bus.messageAppendArray, "sd_bus_message_append_array");
+    library.find(bus.messageIsMethodCall, "sd_bus_message_is_method_call");
+    library.find(bus.messageReadBasic, "sd_bus_message_read_basic");
+    library.find(bus.replyMethodError, "sd_bus_reply_method_error");
     library.find(bus.messageGetReplyCookie, "sd_bus_message_get_reply_cookie");
     library.find(bus.messageGetError, "sd_bus_message_get_error");
     library.find(bus.messageGetSender, "sd_bus_message_get_sender");

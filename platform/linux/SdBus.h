@@ -25,6 +25,9 @@ struct SdBus {
     decltype(&::sd_bus_message_close_container) messageCloseContainer;
     decltype(&::sd_bus_message_append_string_space) messageAppendStringSpace;
     decltype(&::sd_bus_message_append_array) messageAppendArray;
+    decltype(&::sd_bus_message_is_method_call) messageIsMethodCall;
+    decltype(&::sd_bus_message_read_basic) messageReadBasic;
+    decltype(&::sd_bus_reply_method_error) replyMethodError;
     decltype(&::sd_bus_message_get_reply_cookie) messageGetReplyCookie;
     decltype(&::sd_bus_message_get_error) messageGetError;
     decltype(&::sd_bus_message_get_sender) messageGetSender;

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <thread>
 #include <utility>
 
 namespace platform {
@@ -16,6 +17,8 @@ namespace {
 
 using Unreachable = SessionBus::Unreachable;
 using Clock = std::chrono::steady_clock;
+
+const char* const busName = "org.freedesktop.DBus";
 
 // Only for connections, which exist only where the library was loaded.
 const SdBus& bus() {
@@ -134,13 +137,26 @@ std::variant<std::uint64_t, Unreachable> send(sd_bus* connection, const BusCall&
     return cookie;
 }
 
+std::string_view senderOf(sd_bus_message* message) {
+    const char* const sender = bus().messageGetSender(message);
+    return sender == nullptr ? std::string_view() : sender;
+}
+
+std::optional<std::string> readText(sd_bus_message* message) {
+    const char* text = nullptr;
+    if (bus().messageReadBasic(message, 's', static_cast<void*>(&text)) <= 0) {
+        return std::nullopt;
+    }
+    return text;
+}
+
 BusReply readReply(sd_bus_message* message) {
     BusReply reply;
-    const char* const sender = bus().messageGetSender(message);
-    reply.isFromBus = sender != nullptr && std::string_view(sender) == "org.freedesktop.DBus";
+    reply.isFromBus = senderOf(message) == busName;
     const sd_bus_error* const error = bus().messageGetError(message);
     if (error == nullptr || error->name == nullptr) {
         reply.isText = bus().messageHasSignature(message, "s") > 0;
+        reply.text = reply.isText ? readText(message) : std::nullopt;
         return reply;
     }
     reply.errorName = error->name;
@@ -150,11 +166,35 @@ BusReply readReply(sd_bus_message* message) {
     return reply;
 }
 
-// Whether `message` is the reply to the call with the number `cookie`.
-bool answers(sd_bus_message* message, std::uint64_t cookie) {
+// Whether `message` is the reply to the call with the number `cookie`, from one who may give it.
+bool answers(sd_bus_message* message, std::uint64_t cookie, std::string_view destination) {
     std::uint64_t answered = 0;
-    return message != nullptr && bus().messageGetReplyCookie(message, &answered) >= 0 &&
-           answered == cookie;
+    if (message == nullptr || bus().messageGetReplyCookie(message, &answered) < 0 ||
+        answered != cookie) {
+        return false;
+    }
+    const std::string_view sender = senderOf(message);
+    return !destination.starts_with(':') || sender == destination || sender == busName;
+}
+
+// Whoever calls this process gets an answer too: there is nothing here.
+void refuseCall(sd_bus_message* message) {
+    if (message != nullptr && bus().messageIsMethodCall(message, nullptr, nullptr) > 0) {
+        const sd_bus_error error{"org.freedesktop.DBus.Error.UnknownObject",
+                                 "This connection exports no objects", 0};
+        bus().replyMethodError(message, &error);
+    }
+}
+
+// A bus that has too many guests at its door is asked again.
+int open(sd_bus*& opened, SessionBus::Deadline deadline) {
+    constexpr std::chrono::milliseconds pause{20};
+    int result = bus().openUser(&opened);
+    while (result == -EAGAIN && Clock::now() + pause < deadline) {
+        std::this_thread::sleep_for(pause);
+        result = bus().openUser(&opened);
+    }
+    return result;
 }
 
 Unreachable notThere(int negativeError) {
@@ -174,8 +214,11 @@ std::variant<SessionBus, Unreachable> SessionBus::connect(Deadline deadline) {
     if (const auto* reason = std::get_if<std::string>(&SdBus::load())) {
         return Unreachable{*reason};
     }
+    if (isSetButEmpty("DBUS_SESSION_BUS_ADDRESS")) {
+        return Unreachable{"DBUS_SESSION_BUS_ADDRESS is empty"};
+    }
     sd_bus* opened = nullptr;
-    int result = bus().openUser(&opened);
+    int result = open(opened, deadline);
     Connection connection(opened);
     while (result >= 0) {
         const int ready = bus().isReady(opened);
@@ -199,9 +242,10 @@ std::variant<BusReply, SessionBus::TimedOut, Unreachable> SessionBus::call(const
         sd_bus_message* received = nullptr;
         result = advance(connection.get(), deadline, &received);
         const Message message(received);
-        if (answers(received, cookie)) {
+        if (answers(received, cookie, call.destination)) {
             return readReply(received);
         }
+        refuseCall(received);
     }
     if (result == -ETIMEDOUT) {
         return TimedOut{};
@@ -213,16 +257,15 @@ bool SessionBus::post(const BusCall& call) {
     return std::holds_alternative<std::uint64_t>(send(connection.get(), call));
 }
 
-bool SessionBus::hasOwner(const std::string& name, Deadline deadline) {
-    const auto answer = call({.destination = "org.freedesktop.DBus",
-                              .path = "/org/freedesktop/DBus",
-                              .interface = "org.freedesktop.DBus",
-                              .member = "GetNameOwner",
-                              .text = name,
-                              .options = std::nullopt},
-                             deadline);
-    const auto* reply = std::get_if<BusReply>(&answer);
-    return reply != nullptr && reply->isText;
+std::variant<BusReply, SessionBus::TimedOut, Unreachable>
+SessionBus::ownerOf(const std::string& name, Deadline deadline) {
+    return call({.destination = busName,
+                 .path = "/org/freedesktop/DBus",
+                 .interface = busName,
+                 .member = "GetNameOwner",
+                 .text = name,
+                 .options = std::nullopt},
+                deadline);
 }
 
 int SessionBus::descriptor() const {

@@ -39,7 +39,8 @@ struct BusCall {
 struct BusReply {
     bool isText = false;   ///< a plain answer of the signature "s"
     std::string errorName; ///< empty for a plain answer
-    /// Of an error, where it has one that can be read: the library refuses noncharacters.
+    /// Of an answer or an error, where it has one that can be read: the library refuses
+    /// noncharacters.
     std::optional<std::string> text;
     bool isFromBus = false; ///< the bus answered in place of the owner
 };
@@ -58,7 +59,8 @@ public:
     /// name of a computer in the address, which nobody uses, may take the time it takes.
     [[nodiscard]] static std::variant<SessionBus, Unreachable> connect(Deadline deadline);
 
-    /// Calls and waits for the reply.
+    /// Calls and waits for the reply. Where the destination is a connection (":1.7"), only that one
+    /// and the bus can reply.
     [[nodiscard]] std::variant<BusReply, TimedOut, Unreachable> call(const BusCall& call,
                                                                      Deadline deadline);
 
@@ -67,8 +69,10 @@ public:
     /// Answers whether the call was sent.
     bool post(const BusCall& call);
 
-    /// Whether somebody has `name` now. False as well when that cannot be found out.
-    [[nodiscard]] bool hasOwner(const std::string& name, Deadline deadline);
+    /// Asks the bus which connection has `name`: the answer's text. A connection has its own name
+    /// as long as it is there.
+    [[nodiscard]] std::variant<BusReply, TimedOut, Unreachable> ownerOf(const std::string& name,
+                                                                        Deadline deadline);
 
     /// The connection's socket, or -1. Valid as long as this object.
     [[nodiscard]] int descriptor() const;

@@ -10,6 +10,7 @@
 //   number | nothing | two-texts    a result of another form
 //   huge SIZE           an error whose text has so many bytes
 //   huge-answer SIZE    a result of so many bytes
+//   ask-back            an error whose text is the name of the error that qm gives it first
 //   silent              no answer at all
 //   exit                ends in the middle of the call
 //   refuse-and-exit     answers "test is not running" and ends
@@ -85,6 +86,23 @@ void answerInAnotherForm(GDBusMethodInvocation* call, GVariant* body) {
     g_object_unref(reply);
 }
 
+void askBack(GDBusMethodInvocation* call) {
+    GError* error = nullptr;
+    GVariant* const answered = g_dbus_connection_call_sync(
+        g_dbus_method_invocation_get_connection(call), g_dbus_method_invocation_get_sender(call),
+        "/", "org.freedesktop.DBus.Introspectable", "Introspect", nullptr, nullptr,
+        G_DBUS_CALL_FLAGS_NONE, 10000, nullptr, &error);
+    if (answered != nullptr) {
+        g_variant_unref(answered);
+        answer(call, "");
+        return;
+    }
+    char* const name = g_dbus_error_get_remote_error(error);
+    refuse(call, name == nullptr ? "no answer" : name);
+    g_free(name);
+    g_error_free(error);
+}
+
 Behaviour behaviourOf(const std::vector<std::string>& words) {
     const std::string name = words.empty() ? "answer" : words[0];
     const std::string first = words.size() > 1 ? words[1] : "";
@@ -109,6 +127,7 @@ Behaviour behaviourOf(const std::vector<std::string>& words) {
          [first](auto* call) { refuse(call, std::string(std::stoul("0" + first), 'x').c_str()); }},
         {"huge-answer",
          [first](auto* call) { answer(call, std::string(std::stoul("0" + first), 'x').c_str()); }},
+        {"ask-back", askBack},
         {"silent", [](auto*) {}},
         {"exit", [](auto*) { std::_Exit(0); }},
         {"refuse-and-exit",

@@ -37,7 +37,7 @@ def message(kind, serial, fields, body=b"", length=None):
     return padded(head + array, 8) + body
 
 
-def reply_to(serial, own, kind=RETURN, body=b"", length=None, name=b"a.b.Error", sender=b":1.2"):
+def reply_to(serial, own, kind=RETURN, body=b"", length=None, name=b"a.b.Error", sender=b":1.9"):
     fields = [
         field(5, b"u", struct.pack("<I", serial)),
         field(6, b"s", text(b":1.1")),
@@ -109,6 +109,7 @@ def flood(client):
         client.send(signal * 100)
 
 
+BUS = b"org.freedesktop.DBus"
 ABSENT = b"org.freedesktop.DBus.Error.NameHasNoOwner"
 
 
@@ -141,27 +142,33 @@ def serve(client, behaviour, number):
     if behaviour == "no-name":
         client.send(reply_to(serial, 1, body=text(b"not a name")))
         return
-    client.send(reply_to(serial, 1, body=text(b":1.2")))
+    client.send(reply_to(serial, 1, body=text(b":1.2"), sender=BUS))
+    # Who has the name? Then the script comes.
+    serial = client.call()
+    if behaviour == "owner-silent":
+        time.sleep(3600)
+    if behaviour == "absent-then-silent" and number == 1:
+        client.send(reply_to(serial, 2, ERROR, text(b"none"), name=ABSENT, sender=BUS))
+        client.connection.recv(1)
+        return
+    client.send(reply_to(serial, 2, body=text(b":1.9"), sender=BUS))
     serial = client.call()
     if behaviour == "reply-flood":
         flood(client)
     if behaviour == "reply-garbage":
         client.send(b"l" + bytes(range(200)) * 20)
     if behaviour == "reply-huge":
-        client.send(reply_to(serial, 2, body=text(b"x"), length=0x7FFFFFFF))
+        client.send(reply_to(serial, 3, body=text(b"x"), length=0x7FFFFFFF))
     if behaviour == "absent-then-silent":
-        if number == 1:
-            sender = b"org.freedesktop.DBus"
-            client.send(reply_to(serial, 2, ERROR, text(b"none"), name=ABSENT, sender=sender))
-        else:
-            client.send(reply_to(serial, 2, ERROR, text(b"again")))
+        client.send(reply_to(serial, 3, ERROR, text(b"again")))
         client.connection.recv(1)
     if behaviour == "reply-bad-text":
-        client.send(reply_to(serial, 2, body=struct.pack("<I", 4096) + b"x\0"))
+        client.send(reply_to(serial, 3, body=struct.pack("<I", 4096) + b"x\0"))
         time.sleep(3600)
     if behaviour == "reply-others-first":
-        client.send(reply_to(serial + 100, 2, ERROR, text(b"not running")))
-        client.send(reply_to(serial, 3, body=text(b"")))
+        client.send(reply_to(serial + 100, 3, ERROR, text(b"not running")))
+        client.send(reply_to(serial, 4, ERROR, text(b"not running"), sender=b":1.3"))
+        client.send(reply_to(serial, 5, body=text(b"")))
         time.sleep(3600)
 
 

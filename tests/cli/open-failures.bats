@@ -136,6 +136,35 @@ gdbus_has_owner() {
     scripts_are 1
 }
 
+@test "an application that asks back gets an answer" {
+    start_bus
+    start_application ask-back
+    timed_qm open /tmp
+    fails_with org.freedesktop.DBus.Error.UnknownObject
+    at_once
+}
+
+@test "a bus with too many guests at its door is asked again" {
+    python3 - bus >"$seen/bus" 2>&1 3>&- <<'END' &
+import socket, sys, time
+listener = socket.socket(socket.AF_UNIX)
+listener.bind(sys.argv[1])
+listener.listen(0)
+guests = [socket.socket(socket.AF_UNIX) for _ in range(1)]
+for guest in guests:
+    guest.connect(sys.argv[1])
+open("full", "w").close()
+time.sleep(0.5)
+for _ in range(3):
+    listener.accept()[0].close()
+END
+    wait_for test -e full
+    export DBUS_SESSION_BUS_ADDRESS="unix:path=$box/bus"
+    timed_qm open /tmp
+    fails_with "Cannot connect to the session bus: Connection reset by peer"
+    [ "$elapsed" -ge 300 ]
+}
+
 @test "a machine without the library of the bus" {
     mkdir lib
     touch lib/libsystemd.so.0
@@ -177,7 +206,9 @@ gdbus_has_owner() {
         fails_with "Cannot connect to the session bus: ${reasons[$address]}"
         at_once
     done
-    for address in "" gugu unix: unix:path= "$(printf '\xff')" autolaunch: ";;" "unix:path=%zz" \
+    DBUS_SESSION_BUS_ADDRESS='' timed_qm open /tmp
+    fails_with "Cannot connect to the session bus: DBUS_SESSION_BUS_ADDRESS is empty"
+    for address in gugu unix: unix:path= "$(printf '\xff')" autolaunch: ";;" "unix:path=%zz" \
         tcp:host=127.0.0.1,port=1; do
         DBUS_SESSION_BUS_ADDRESS=$address timed_qm open /tmp
         cannot_connect "$address"
@@ -217,7 +248,7 @@ cannot_connect() {
     no_bus_in reply-close reply-garbage reply-huge
 }
 
-@test "a reply whose text cannot be read is a reply, and those to other calls are not" {
+@test "a reply whose text cannot be read is a reply, and those of others or to other calls are not" {
     odd_bus reply-bad-text
     timed_qm open /tmp
     succeeds_opening
