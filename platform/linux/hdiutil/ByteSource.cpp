@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/hdiutil/ByteSource.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <limits>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <sys/stat.h>
+
+namespace platform::hdiutil {
+namespace {
+
+// Whether `length` bytes from `offset` on lie within `size`.
+bool isInside(std::uint64_t offset, std::size_t length, std::uint64_t size) {
+    return offset <= size && length <= size - offset;
+}
+
+// The size of a file or of a block device, or nullopt for anything else.
+std::optional<std::uint64_t> sizeOf(int descriptor) {
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0) {
+        return std::nullopt;
+    }
+    if (!S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode)) {
+        errno = EINVAL;
+        return std::nullopt;
+    }
+    const off_t end = ::lseek(descriptor, 0, SEEK_END);
+    return end < 0 ? std::nullopt : std::optional(static_cast<std::uint64_t>(end));
+}
+
+} // namespace
+
+std::shared_ptr<const FileSource> FileSource::open(const std::string& path, std::string* reason) {
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    const auto size = descriptor < 0 ? std::nullopt : sizeOf(descriptor);
+    if (!size) {
+        if (reason != nullptr) {
+            *reason = std::generic_category().message(errno);
+        }
+        if (descriptor >= 0) {
+            ::close(descriptor);
+        }
+        return nullptr;
+    }
+    return std::shared_ptr<const FileSource>(new FileSource(descriptor, *size));
+}
+
+FileSource::~FileSource() {
+    ::close(m_descriptor);
+}
+
+bool FileSource::read(std::uint64_t offset, std::span<std::byte> buffer) const {
+    if (!isInside(offset, buffer.size(), m_size)) {
+        return false;
+    }
+    while (!buffer.empty()) {
+        const ssize_t count =
+            ::pread(m_descriptor, buffer.data(), buffer.size(), static_cast<off_t>(offset));
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            return false;
+        }
+        buffer = buffer.subspan(static_cast<std::size_t>(count));
+        offset += static_cast<std::uint64_t>(count);
+    }
+    return true;
+}
+
+PartSource::PartSource(std::shared_ptr<const ByteSource> whole, std::uint64_t offset,
+                       std::uint64_t length)
+    : m_whole(std::move(whole))
+    , m_offset(std::min(offset, m_whole->size()))
+    , m_length(std::min(length, m_whole->size() - m_offset)) {}
+
+bool PartSource::read(std::uint64_t offset, std::span<std::byte> buffer) const {
+    return isInside(offset, buffer.size(), m_length) && m_whole->read(m_offset + offset, buffer);
+}
+
+} // namespace platform::hdiutil

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+
+namespace platform::hdiutil {
+
+/// The bytes of a file, or those of the disk that an image holds in whatever form. Any thread.
+class ByteSource {
+public:
+    ByteSource() = default;
+    ByteSource(const ByteSource&) = delete;
+    ByteSource& operator=(const ByteSource&) = delete;
+    ByteSource(ByteSource&&) = delete;
+    ByteSource& operator=(ByteSource&&) = delete;
+    virtual ~ByteSource() = default;
+
+    /// How many bytes there are.
+    [[nodiscard]] virtual std::uint64_t size() const = 0;
+
+    /// Fills `buffer` with the bytes from `offset` on. False, with `buffer` in any state, when one
+    /// of them lies beyond the end or cannot be read.
+    [[nodiscard]] virtual bool read(std::uint64_t offset, std::span<std::byte> buffer) const = 0;
+};
+
+/// The bytes of a regular file or a block device.
+class FileSource final : public ByteSource {
+public:
+    /// Opens the file at `path` for reading, without waiting for anybody. Null for anything but a
+    /// regular file or a block device that may be read; `reason` gets the system's words then.
+    [[nodiscard]] static std::shared_ptr<const FileSource> open(const std::string& path,
+                                                                std::string* reason = nullptr);
+
+    ~FileSource() override;
+    FileSource(const FileSource&) = delete;
+    FileSource& operator=(const FileSource&) = delete;
+    FileSource(FileSource&&) = delete;
+    FileSource& operator=(FileSource&&) = delete;
+
+    [[nodiscard]] std::uint64_t size() const override { return m_size; }
+    [[nodiscard]] bool read(std::uint64_t offset, std::span<std::byte> buffer) const override;
+
+private:
+    FileSource(int descriptor, std::uint64_t size)
+        : m_descriptor(descriptor)
+        , m_size(size) {}
+
+    int m_descriptor;
+    std::uint64_t m_size;
+};
+
+/// A stretch of another source.
+class PartSource final : public ByteSource {
+public:
+    /// `length` bytes of `whole` from `offset` on; fewer where `whole` ends before.
+    PartSource(std::shared_ptr<const ByteSource> whole, std::uint64_t offset, std::uint64_t length);
+
+    [[nodiscard]] std::uint64_t size() const override { return m_length; }
+    [[nodiscard]] bool read(std::uint64_t offset, std::span<std::byte> buffer) const override;
+
+private:
+    std::shared_ptr<const ByteSource> m_whole;
+    std::uint64_t m_offset;
+    std::uint64_t m_length;
+};
+
+} // namespace platform::hdiutil
