@@ -27,7 +27,7 @@ public:
     [[nodiscard]] const std::string& path() const { return m_path; }
 
     /// Whether the URL says that it names a folder; nothing is looked up.
-    [[nodiscard]] bool hasDirectoryPath() const { return m_isDirectory; }
+    [[nodiscard]] bool hasDirectoryPath() const { return m_isMarked || m_path == "/"; }
 
     /// The last component of the path; "/" for the root.
     [[nodiscard]] std::string lastPathComponent() const;
@@ -39,11 +39,10 @@ public:
     friend bool operator==(const FileURL&, const FileURL&) = default;
 
 private:
-    explicit FileURL(std::string path, bool isDirectory = false)
-        : m_path(std::move(path))
-        , m_isDirectory(isDirectory) {}
+    explicit FileURL(std::string path)
+        : m_path(std::move(path)) {}
     std::string m_path;
-    bool m_isDirectory;
+    bool m_isMarked = false; ///< as a folder; never the root, which is one anyway
 };
 
 } // namespace platform

@@ -92,7 +92,9 @@ FileURL FileURL::fromPath(std::string_view path) {
 }
 
 FileURL FileURL::fromDirectoryPath(std::string_view path) {
-    return FileURL(fromPath(path).m_path, true);
+    FileURL url = fromPath(path);
+    url.m_isMarked = url.m_path.size() > 1;
+    return url;
 }
 
 std::optional<FileURL> FileURL::parse(std::string_view text) {
@@ -111,8 +113,10 @@ std::optional<FileURL> FileURL::parse(std::string_view text) {
     if (!path) {
         return std::nullopt;
     }
-    const bool isDirectory = path->ends_with('/');
-    return FileURL(withoutTrailingSlashes(*std::move(path)), isDirectory);
+    const bool isMarked = path->ends_with('/');
+    FileURL url(withoutTrailingSlashes(*std::move(path)));
+    url.m_isMarked = isMarked && url.m_path.size() > 1;
+    return url;
 }
 
 std::string FileURL::lastPathComponent() const {
@@ -131,7 +135,7 @@ std::string FileURL::absoluteString() const {
         text.push_back(hexDigits[byte >> 4U]);
         text.push_back(hexDigits[byte & 0x0FU]);
     }
-    if (m_isDirectory && !text.ends_with('/')) {
+    if (m_isMarked) {
         text.push_back('/');
     }
     return text;

@@ -99,6 +99,8 @@ TEST(FileURL, SaysWhetherItIsThatOfAFolder) {
     EXPECT_EQ(folder.absoluteString(), "file:///a%20b/");
     EXPECT_EQ(FileURL::parse("file:///a%20b/"), folder);
     EXPECT_EQ(FileURL::fromDirectoryPath("/").absoluteString(), "file:///");
+    EXPECT_EQ(FileURL::fromPath("/"), FileURL::fromDirectoryPath("//"));
+    EXPECT_EQ(FileURL::parse("file:///"), FileURL::fromPath("/"));
     EXPECT_FALSE(FileURL::fromPath("/a b/").hasDirectoryPath());
     EXPECT_NE(FileURL::fromPath("/a b"), folder);
 }
