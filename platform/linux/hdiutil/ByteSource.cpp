@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/hdiutil/ByteSource.h"
 
+#include "platform/linux/hdiutil/BandedRead.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <limits>
@@ -14,11 +16,6 @@
 
 namespace platform::hdiutil {
 namespace {
-
-// Whether `length` bytes from `offset` on lie within `size`.
-bool isInside(std::uint64_t offset, std::size_t length, std::uint64_t size) {
-    return offset <= size && length <= size - offset;
-}
 
 // The size of a file or of a block device, or nullopt for anything else.
 std::optional<std::uint64_t> sizeOf(int descriptor) {

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/hdiutil/AttachRecord.h"
+
+#include "platform/Data.h"
+#include "platform/Digest.h"
+#include "platform/FileManager.h"
+#include "platform/Format.h"
+#include "platform/linux/hdiutil/WorkFolders.h"
+
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <string_view>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <sys/file.h>
+
+namespace platform::hdiutil {
+namespace {
+
+constexpr std::size_t maximumSize = std::size_t{1} << 20;
+constexpr mode_t privateMode = 0600;
+constexpr std::array<std::string_view, 3> methodNames{"kernel", "fuse", "copy"};
+
+// Paths are bytes, which texts of property lists are not.
+PropertyList bytes(const std::string& path) {
+    const DataView view = bytesOf(path);
+    return Data(view.begin(), view.end());
+}
+
+std::optional<std::string> pathIn(const PropertyList& list, std::string_view key) {
+    const PropertyList* const value = list.valueForKey(key);
+    const Data* const data = value == nullptr ? nullptr : value->data();
+    if (data == nullptr) {
+        return std::nullopt;
+    }
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
+    return std::string(reinterpret_cast<const char*>(data->data()), data->size());
+}
+
+const PropertyList::Array* arrayIn(const PropertyList& list, std::string_view key) {
+    const PropertyList* const value = list.valueForKey(key);
+    return value == nullptr ? nullptr : value->array();
+}
+
+std::optional<MountedVolume> volumeFrom(const PropertyList& list) {
+    const auto mountPoint = pathIn(list, "mount-point");
+    const PropertyList* const method = list.valueForKey("method");
+    if (!mountPoint || method == nullptr || method->string() == nullptr) {
+        return std::nullopt;
+    }
+    for (std::size_t i = 0; i < methodNames.size(); ++i) {
+        if (*method->string() == methodNames.at(i)) {
+            return MountedVolume{*mountPoint, static_cast<MountMethod>(i)};
+        }
+    }
+    return std::nullopt;
+}
+
+// Names the file of the record of an image.
+std::string identifierOf(const std::string& image) {
+    Digest::SHA256 digest;
+    digest.update(bytesOf(image));
+    return Digest::hexString(digest.finish());
+}
+
+bool writeWholly(int descriptor, DataView data) {
+    while (!data.empty()) {
+        const ssize_t count = ::write(descriptor, data.data(), data.size());
+        if (count < 0 && errno != EINTR) {
+            return false;
+        }
+        data = data.subspan(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    }
+    return ::fsync(descriptor) == 0;
+}
+
+} // namespace
+
+PropertyList AttachRecord::asPropertyList() const {
+    PropertyList::Array list;
+    for (const MountedVolume& volume : volumes) {
+        const auto method = methodNames.at(static_cast<std::size_t>(volume.method));
+        list.emplace_back(PropertyList::Dictionary{
+            {"mount-point", bytes(volume.mountPoint)}, {"method", std::string(method)}});
+    }
+    return PropertyList::Dictionary{{"image", bytes(image)},
+                                    {"expanded-disk", bytes(expandedDisk)},
+                                    {"volumes", std::move(list)},
+                                    {"entities", entities},
+                                    {"complete", PropertyList::Value(isComplete)}};
+}
+
+std::optional<AttachRecord> AttachRecord::fromPropertyList(const PropertyList& list) {
+    const auto image = pathIn(list, "image");
+    const auto expanded = pathIn(list, "expanded-disk");
+    const auto* volumes = arrayIn(list, "volumes");
+    const auto* entities = arrayIn(list, "entities");
+    const PropertyList* const complete = list.valueForKey("complete");
+    if (!image || !expanded || volumes == nullptr || entities == nullptr || complete == nullptr) {
+        return std::nullopt;
+    }
+    AttachRecord record{*image, *expanded, {}, *entities, false};
+    const bool* const isComplete = std::get_if<bool>(&complete->value());
+    record.isComplete = isComplete != nullptr && *isComplete;
+    for (const PropertyList& entry : *volumes) {
+        auto volume = volumeFrom(entry);
+        if (!volume) {
+            return std::nullopt;
+        }
+        record.volumes.push_back(*std::move(volume));
+    }
+    return record;
+}
+
+std::optional<AttachRecords> AttachRecords::open() {
+    const auto folder = WorkFolders::records();
+    if (!folder) {
+        return std::nullopt;
+    }
+    const int lock =
+        ::open((*folder + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, privateMode);
+    if (lock < 0) {
+        return std::nullopt;
+    }
+    while (::flock(lock, LOCK_EX) != 0) {
+        if (errno != EINTR) {
+            ::close(lock);
+            return std::nullopt;
+        }
+    }
+    return AttachRecords(*folder, lock);
+}
+
+AttachRecords::AttachRecords(AttachRecords&& other) noexcept
+    : m_folder(std::move(other.m_folder))
+    , m_lock(std::exchange(other.m_lock, -1)) {}
+
+AttachRecords::~AttachRecords() {
+    if (m_lock >= 0) {
+        ::close(m_lock);
+    }
+}
+
+std::vector<AttachRecord> AttachRecords::all() const {
+    std::vector<AttachRecord> records;
+    std::error_code error;
+    std::filesystem::directory_iterator files(m_folder, error);
+    for (; !error && files != std::filesystem::directory_iterator(); files.increment(error)) {
+        if (files->path().extension() != ".plist") {
+            continue;
+        }
+        const auto contents = FileManager::contentsAtPath(files->path(), maximumSize);
+        const auto list = contents ? PropertyList::parse(*contents) : std::nullopt;
+        if (auto record = list ? AttachRecord::fromPropertyList(*list) : std::nullopt) {
+            records.push_back(*std::move(record));
+        }
+    }
+    return records;
+}
+
+bool AttachRecords::store(const AttachRecord& record) const {
+    const std::string path = pathOf(record);
+    const std::string draft = path + ".draft";
+    const int descriptor =
+        ::open(draft.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, privateMode);
+    if (descriptor < 0) {
+        return false;
+    }
+    const Data data = record.asPropertyList().serialized(PropertyList::Format::xml);
+    const bool isWritten = !data.empty() && writeWholly(descriptor, data);
+    ::close(descriptor);
+    return isWritten && ::rename(draft.c_str(), path.c_str()) == 0;
+}
+
+void AttachRecords::remove(const AttachRecord& record) const {
+    ::unlink(pathOf(record).c_str());
+}
+
+std::string AttachRecords::pathOf(const AttachRecord& record) const {
+    return format("{}/{}.plist", m_folder, identifierOf(record.image));
+}
+
+} // namespace platform::hdiutil

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/PropertyList.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace platform::hdiutil {
+
+/// How a volume came to be where it is.
+enum class MountMethod { kernel, fuse, copy };
+
+/// A folder that shows a volume.
+struct MountedVolume {
+    std::string mountPoint;
+    MountMethod method = MountMethod::kernel;
+
+    friend bool operator==(const MountedVolume&, const MountedVolume&) = default;
+};
+
+/// What was made to attach one image, kept in a file until all of it is undone. It is written
+/// before each thing is made, so that whoever comes after a crash knows what there may be.
+struct AttachRecord {
+    std::string image;        ///< the image's path, without links
+    std::string expandedDisk; ///< a file that holds the expanded disk; empty for none
+    std::vector<MountedVolume> volumes;
+    PropertyList::Array entities; ///< what was printed about the volumes
+    bool isComplete = false;      ///< attaching came to its end
+
+    friend bool operator==(const AttachRecord&, const AttachRecord&) = default;
+
+    [[nodiscard]] PropertyList asPropertyList() const;
+    /// nullopt for anything but what `asPropertyList` makes.
+    [[nodiscard]] static std::optional<AttachRecord> fromPropertyList(const PropertyList& list);
+};
+
+/// The records of a user. While an object lives, no other process has one.
+class AttachRecords {
+public:
+    /// Waits for its turn. nullopt, with errno set, when there is no folder for records.
+    [[nodiscard]] static std::optional<AttachRecords> open();
+
+    AttachRecords(AttachRecords&& other) noexcept;
+    AttachRecords& operator=(AttachRecords&&) = delete;
+    AttachRecords(const AttachRecords&) = delete;
+    AttachRecords& operator=(const AttachRecords&) = delete;
+    ~AttachRecords();
+
+    /// All of them; damaged files are left out.
+    [[nodiscard]] std::vector<AttachRecord> all() const;
+
+    /// Writes the record of an image, wholly or not at all, in place of an older one.
+    [[nodiscard]] bool store(const AttachRecord& record) const;
+
+    void remove(const AttachRecord& record) const;
+
+private:
+    AttachRecords(std::string folder, int lock)
+        : m_folder(std::move(folder))
+        , m_lock(lock) {}
+
+    [[nodiscard]] std::string pathOf(const AttachRecord& record) const;
+
+    std::string m_folder;
+    int m_lock;
+};
+
+} // namespace platform::hdiutil

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/hdiutil/SparseBundle.h"
+
+#include "platform/FileManager.h"
+#include "platform/Format.h"
+#include "platform/PropertyList.h"
+#include "platform/linux/hdiutil/BandedRead.h"
+#include "platform/linux/hdiutil/Encryption.h"
+
+#include <filesystem>
+#include <optional>
+#include <utility>
+
+namespace platform::hdiutil {
+namespace {
+
+constexpr std::size_t maximumListSize = std::size_t{1} << 20;
+constexpr std::int64_t maximumBandSize = std::int64_t{1} << 40;
+
+std::optional<PropertyList> descriptionAt(const std::string& path) {
+    const auto contents = FileManager::contentsAtPath(path + "/Info.plist", maximumListSize);
+    return contents ? PropertyList::parse(*contents) : std::nullopt;
+}
+
+// The positive number under `key`, or 0.
+std::int64_t numberIn(const PropertyList& list, const char* key) {
+    const PropertyList* const value = list.valueForKey(key);
+    const auto* number = value == nullptr ? nullptr : std::get_if<std::int64_t>(&value->value());
+    return number == nullptr || *number < 0 ? 0 : *number;
+}
+
+} // namespace
+
+bool SparseBundle::isSparseBundle(const std::string& path) {
+    const auto list = descriptionAt(path);
+    const PropertyList* const type = list ? list->valueForKey("diskimage-bundle-type") : nullptr;
+    return type != nullptr && type->string() != nullptr &&
+           type->string()->starts_with("com.apple.diskimage.sparsebundle");
+}
+
+std::variant<std::shared_ptr<const SparseBundle>, std::string>
+SparseBundle::open(const std::string& path) {
+    const auto list = descriptionAt(path);
+    const std::int64_t bandSize = list ? numberIn(*list, "band-size") : 0;
+    const std::int64_t size = list ? numberIn(*list, "size") : 0;
+    if (bandSize == 0 || bandSize > maximumBandSize || size == 0) {
+        return "the description of the sparse bundle is damaged";
+    }
+    return std::shared_ptr<const SparseBundle>(new SparseBundle(
+        path, static_cast<std::uint64_t>(size), static_cast<std::uint64_t>(bandSize)));
+}
+
+bool SparseBundle::read(std::uint64_t offset, std::span<std::byte> buffer) const {
+    return isInside(offset, buffer.size(), m_size) &&
+           readInBands(m_bandSize, offset, buffer,
+                       [this](std::uint64_t number, std::uint64_t inside, auto piece) {
+                           return readBand(number, inside, piece);
+                       });
+}
+
+// A band that is missing, or ends early, is zeros from there on.
+bool SparseBundle::readBand(std::uint64_t number, std::uint64_t offset,
+                            std::span<std::byte> buffer) const {
+    const std::string path = format("{}/bands/{:x}", m_path, number);
+    const auto band = FileSource::open(path);
+    if (!band) {
+        std::ranges::fill(buffer, std::byte{0});
+        return !FileManager::fileExistsAtPath(path);
+    }
+    const auto there = static_cast<std::size_t>(
+        std::min<std::uint64_t>(buffer.size(), band->size() - std::min(offset, band->size())));
+    std::ranges::fill(buffer.subspan(there), std::byte{0});
+    return band->read(std::min(offset, band->size()), buffer.first(there));
+}
+
+bool SparseBundle::isEncrypted() const {
+    const auto token = FileSource::open(m_path + "/token");
+    return token && isEncryptedImage(*token);
+}
+
+std::uint64_t SparseBundle::storedBytes() const {
+    std::uint64_t bytes = 0;
+    std::error_code error;
+    std::filesystem::directory_iterator bands(m_path + "/bands", error);
+    for (; !error && bands != std::filesystem::directory_iterator(); bands.increment(error)) {
+        std::error_code ignored;
+        const std::uintmax_t size = bands->file_size(ignored);
+        bytes += ignored ? 0 : size;
+    }
+    return bytes;
+}
+
+} // namespace platform::hdiutil

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/hdiutil/WorkFolders.h"
+
+#include "platform/FileManager.h"
+#include "platform/linux/Environment.h"
+#include "platform/linux/Utf8.h"
+
+#include <algorithm>
+#include <cerrno>
+
+#include <unistd.h>
+
+#include <sys/stat.h>
+
+namespace platform::hdiutil::WorkFolders {
+namespace {
+
+constexpr mode_t privateMode = 0700;
+
+// Makes the folder `name` in `parent`, or takes the one that is there when nobody else could have
+// put it there.
+std::optional<std::string> privateFolder(const std::optional<std::string>& parent,
+                                         std::string_view name) {
+    if (!parent) {
+        return std::nullopt;
+    }
+    std::string path = *parent;
+    path.append("/").append(name);
+    if (::mkdir(path.c_str(), privateMode) != 0 && errno != EEXIST) {
+        return std::nullopt;
+    }
+    struct stat status {};
+    const bool isOurs = ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+                        status.st_uid == ::geteuid() && (status.st_mode & 0022U) == 0;
+    if (!isOurs) {
+        errno = EPERM;
+        return std::nullopt;
+    }
+    return path;
+}
+
+std::optional<std::string> absoluteVariable(const char* name) {
+    const std::string_view value = environmentVariable(name);
+    return value.starts_with('/') ? std::optional<std::string>(value) : std::nullopt;
+}
+
+std::optional<std::string> runtimeFolder() {
+    auto folder = absoluteVariable("XDG_RUNTIME_DIR");
+    if (!folder && ::geteuid() == 0) {
+        folder = "/run";
+    }
+    return privateFolder(folder, "quillmere");
+}
+
+std::optional<std::string> cacheFolder() {
+    auto folder = absoluteVariable("XDG_CACHE_HOME");
+    if (!folder) {
+        if (const auto home = FileManager::homeDirectory()) {
+            folder = *home + "/.cache";
+        }
+    }
+    // The specification of these folders says that who needs one makes it.
+    if (folder) {
+        ::mkdir(folder->c_str(), privateMode);
+    }
+    return privateFolder(folder, "quillmere");
+}
+
+bool isControl(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    return byte < 0x20 || byte == 0x7F;
+}
+
+} // namespace
+
+std::optional<std::string> records() {
+    return privateFolder(runtimeFolder(), "attached");
+}
+
+std::optional<std::string> expandedDisks() {
+    return privateFolder(cacheFolder(), "disks");
+}
+
+std::optional<std::string> makeMountPoint(std::string_view label) {
+    constexpr int attempts = 1000;
+    const auto parent = privateFolder(runtimeFolder(), "volumes");
+    if (!parent) {
+        return std::nullopt;
+    }
+    const std::string name = folderNameForLabel(label);
+    for (int number = 0; number < attempts; ++number) {
+        std::string path = *parent + "/" + name;
+        if (number > 0) {
+            path.append(" ").append(std::to_string(number));
+        }
+        if (::mkdir(path.c_str(), privateMode) == 0) {
+            return path;
+        }
+        if (errno != EEXIST) {
+            return std::nullopt;
+        }
+    }
+    return std::nullopt;
+}
+
+std::string folderNameForLabel(std::string_view label) {
+    constexpr std::size_t longest = 200; // bytes; file systems end at 255
+    std::string name = replacingInvalidUTF8(label.substr(0, longest));
+    std::erase_if(name, isControl);
+    std::ranges::replace(name, '/', ':');
+    if (name.empty() || name == "." || name == "..") {
+        return "Untitled";
+    }
+    return name;
+}
+
+} // namespace platform::hdiutil::WorkFolders

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/hdiutil/AttachRecord.h"
+
+#include "platform/linux/hdiutil/WorkFolders.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using platform::PropertyList;
+using platform::hdiutil::AttachRecord;
+using platform::hdiutil::MountMethod;
+using platform::hdiutil::WorkFolders::folderNameForLabel;
+
+AttachRecord record() {
+    return {"/a/image\xFF.dmg",
+            "/cache/1.disk",
+            {{"/run/x/A", MountMethod::kernel},
+             {"/run/x/\xFF", MountMethod::fuse},
+             {"/run/x/C", MountMethod::copy}},
+            {PropertyList(PropertyList::Dictionary{{"dev-entry", "/dev/loop3"}})},
+            true};
+}
+
+TEST(AttachRecord, SurvivesBeingWritten) {
+    const AttachRecord original = record();
+    for (const auto format : {PropertyList::Format::xml, PropertyList::Format::binary}) {
+        const auto bytes = original.asPropertyList().serialized(format);
+        const auto list = PropertyList::parse(bytes);
+        ASSERT_TRUE(list);
+        EXPECT_EQ(AttachRecord::fromPropertyList(*list), original);
+    }
+}
+
+TEST(AttachRecord, IsNotReadFromAnythingElse) {
+    EXPECT_EQ(AttachRecord::fromPropertyList(PropertyList("x")), std::nullopt);
+    const PropertyList list = record().asPropertyList();
+    for (const auto& [key, value] : *list.dictionary()) {
+        PropertyList::Dictionary lacking = *list.dictionary();
+        lacking.erase(key);
+        EXPECT_EQ(AttachRecord::fromPropertyList(lacking), std::nullopt) << key;
+        lacking.emplace(key, PropertyList(std::int64_t{1}));
+        const auto read = AttachRecord::fromPropertyList(lacking);
+        EXPECT_TRUE(!read || (key == "complete" && !read->isComplete)) << key;
+    }
+    PropertyList::Dictionary strange = *list.dictionary();
+    strange.insert_or_assign("volumes", PropertyList::Array{PropertyList("x")});
+    EXPECT_EQ(AttachRecord::fromPropertyList(strange), std::nullopt);
+}
+
+TEST(FolderName, IsThatOfTheLabel) {
+    EXPECT_EQ(folderNameForLabel("My Disk"), "My Disk");
+    EXPECT_EQ(folderNameForLabel("Übung"), "Übung");
+    EXPECT_EQ(folderNameForLabel("a/b"), "a:b");
+    EXPECT_EQ(folderNameForLabel("a\n\x01\x7F" "b"), "ab");
+    EXPECT_EQ(folderNameForLabel("\xFF"), "\uFFFD");
+}
+
+TEST(FolderName, IsNeverThatOfAnotherFolder) {
+    for (const char* const label : {"", ".", "..", "\n"}) {
+        EXPECT_EQ(folderNameForLabel(label), "Untitled");
+    }
+    EXPECT_EQ(folderNameForLabel("../.."), "..:..");
+    EXPECT_LT(folderNameForLabel(std::string(5000, 'x')).size(), 256U);
+}
+
+} // namespace

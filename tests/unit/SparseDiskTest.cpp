@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/hdiutil/Encryption.h"
+#include "platform/linux/hdiutil/SparseBundle.h"
+#include "platform/linux/hdiutil/SparseImage.h"
+#include "tests/unit/support/TemporaryFolder.h"
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using platform::hdiutil::ByteSource;
+using platform::hdiutil::FileSource;
+using platform::hdiutil::isEncryptedImage;
+using platform::hdiutil::SparseBundle;
+using platform::hdiutil::SparseImage;
+
+constexpr std::size_t sectorSize = 512;
+
+std::string number(std::uint32_t value) {
+    std::string bytes;
+    for (unsigned shift = 32; shift > 0; shift -= 8) {
+        bytes.push_back(static_cast<char>((value >> (shift - 8)) & 0xFFU));
+    }
+    return bytes;
+}
+
+// A header of a sparse image, 4 KiB, with the numbers of its bands.
+std::string header(std::uint32_t sectorsPerBand, std::uint32_t sectors,
+                   const std::vector<std::uint32_t>& bands) {
+    std::string bytes = "sprs" + number(3) + number(sectorsPerBand) + number(1) + number(sectors);
+    bytes.resize(64);
+    for (const std::uint32_t band : bands) {
+        bytes += number(band);
+    }
+    bytes.resize(4096);
+    return bytes;
+}
+
+std::shared_ptr<const ByteSource> fileOf(const TemporaryFolder& folder, const std::string& bytes) {
+    return FileSource::open(folder.file("image", bytes));
+}
+
+std::shared_ptr<const SparseImage> imageOf(const TemporaryFolder& folder,
+                                           const std::string& bytes) {
+    auto opened = SparseImage::open(fileOf(folder, bytes));
+    const auto* image = std::get_if<std::shared_ptr<const SparseImage>>(&opened);
+    return image == nullptr ? nullptr : *image;
+}
+
+std::string allOf(const ByteSource& source) {
+    std::vector<std::byte> bytes(source.size());
+    if (!source.read(0, bytes)) {
+        return "-";
+    }
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+TEST(SparseImage, HoldsItsBandsInTheOrderOfTheirWriting) {
+    const TemporaryFolder folder;
+    const std::string a(2 * sectorSize, 'a');
+    const std::string b(2 * sectorSize, 'b');
+    // Four bands, of which the third was written first and the second later.
+    const auto image = imageOf(folder, header(2, 7, {3, 2}) + a + b);
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->size(), 7 * sectorSize);
+    EXPECT_EQ(image->storedBytes(), 4 * sectorSize);
+    EXPECT_EQ(allOf(*image), std::string(2 * sectorSize, '\0') + b + a +
+                                 std::string(sectorSize, '\0'));
+    std::vector<std::byte> piece(4);
+    ASSERT_TRUE(image->read(2 * sectorSize - 2, piece));
+    EXPECT_EQ(piece, (std::vector<std::byte>{std::byte{0}, std::byte{0}, std::byte{'b'},
+                                             std::byte{'b'}}));
+    EXPECT_FALSE(image->read(7 * sectorSize - 2, piece));
+}
+
+TEST(SparseImage, GoesOnBehindAFullHeader) {
+    constexpr std::uint32_t places = (4096 - 64) / 4;
+    const TemporaryFolder folder;
+    std::vector<std::uint32_t> first;
+    std::string bands;
+    for (std::uint32_t i = 1; i <= places; ++i) {
+        first.push_back(i);
+        bands.append(sectorSize, static_cast<char>('a' + i % 26));
+    }
+    const std::string last(sectorSize, '!');
+    const auto image =
+        imageOf(folder, header(1, places + 1, first) + bands +
+                            header(1, places + 1, {places + 1}) + last);
+    ASSERT_TRUE(image);
+    EXPECT_EQ(allOf(*image), bands + last);
+}
+
+TEST(SparseImage, IsRefusedWhenItIsDamaged) {
+    const TemporaryFolder folder;
+    const std::string band(sectorSize, 'a');
+    EXPECT_FALSE(imageOf(folder, "sprs"));
+    EXPECT_FALSE(imageOf(folder, header(0, 4, {1}) + band));
+    EXPECT_FALSE(imageOf(folder, header(1, 4, {5}) + band));
+    EXPECT_FALSE(imageOf(folder, header(1, 4, {1, 1}) + band + band));
+    EXPECT_FALSE(imageOf(folder, header(1, 4, {1, 2, 3}) + band));
+    std::string other = header(1, 4, {1});
+    other[7] = 9;
+    EXPECT_FALSE(imageOf(folder, other + band));
+    // The last band is cut off: what is there can be read.
+    const auto image = imageOf(folder, header(1, 2, {1, 2}) + band + "b");
+    ASSERT_TRUE(image);
+    std::vector<std::byte> piece(sectorSize);
+    EXPECT_TRUE(image->read(0, piece));
+    EXPECT_FALSE(image->read(sectorSize, piece));
+}
+
+TEST(SparseImage, IsToldByItsBeginning) {
+    const TemporaryFolder folder;
+    EXPECT_TRUE(SparseImage::isSparseImage(*fileOf(folder, header(1, 1, {}))));
+    EXPECT_FALSE(SparseImage::isSparseImage(*fileOf(folder, "spr")));
+    EXPECT_FALSE(SparseImage::isSparseImage(*fileOf(folder, std::string(4096, '\0'))));
+}
+
+std::string description(const std::string& type, const std::string& bandSize,
+                        const std::string& size) {
+    return "<plist version=\"1.0\"><dict><key>diskimage-bundle-type</key><string>" + type +
+           "</string><key>band-size</key><integer>" + bandSize +
+           "</integer><key>size</key><integer>" + size + "</integer></dict></plist>";
+}
+
+const std::string bundleType = "com.apple.diskimage.sparsebundle";
+
+class Bundle : public testing::Test {
+protected:
+    Bundle() { static_cast<void>(folder.folder("bands")); }
+
+    std::shared_ptr<const SparseBundle> open(const std::string& bandSize, const std::string& size) {
+        static_cast<void>(folder.file("Info.plist", description(bundleType, bandSize, size)));
+        auto opened = SparseBundle::open(folder.path());
+        const auto* bundle = std::get_if<std::shared_ptr<const SparseBundle>>(&opened);
+        return bundle == nullptr ? nullptr : *bundle;
+    }
+    TemporaryFolder folder;
+};
+
+TEST_F(Bundle, HasAFileForEachBandThatWasWritten) {
+    static_cast<void>(folder.file("bands/1", "bbbb"));
+    static_cast<void>(folder.file("bands/a", "zz"));
+    const auto bundle = open("4", "44");
+    ASSERT_TRUE(bundle);
+    EXPECT_EQ(bundle->size(), 44U);
+    EXPECT_EQ(bundle->storedBytes(), 6U);
+    EXPECT_EQ(allOf(*bundle), std::string(4, '\0') + "bbbb" + std::string(32, '\0') + "zz" +
+                                  std::string(2, '\0'));
+    std::vector<std::byte> piece(4);
+    EXPECT_FALSE(bundle->read(41, piece));
+}
+
+TEST_F(Bundle, IsRefusedWhenItIsDamaged) {
+    EXPECT_FALSE(open("0", "44"));
+    EXPECT_FALSE(open("-4", "44"));
+    EXPECT_FALSE(open("4", "0"));
+    EXPECT_FALSE(open("9000000000000000000", "44"));
+    static_cast<void>(folder.folder("bands/0"));
+    const auto bundle = open("4", "44");
+    ASSERT_TRUE(bundle);
+    std::vector<std::byte> piece(4);
+    EXPECT_FALSE(bundle->read(0, piece));
+}
+
+TEST_F(Bundle, IsToldByItsDescription) {
+    EXPECT_FALSE(SparseBundle::isSparseBundle(folder.path()));
+    static_cast<void>(folder.file("Info.plist", description("other", "4", "44")));
+    EXPECT_FALSE(SparseBundle::isSparseBundle(folder.path()));
+    static_cast<void>(folder.file("Info.plist", description(bundleType, "4", "44")));
+    EXPECT_TRUE(SparseBundle::isSparseBundle(folder.path()));
+    EXPECT_FALSE(SparseBundle::isSparseBundle(folder.path("Info.plist")));
+}
+
+TEST_F(Bundle, SaysWhenItIsEncrypted) {
+    const auto bundle = open("4", "44");
+    ASSERT_TRUE(bundle);
+    EXPECT_FALSE(bundle->isEncrypted());
+    static_cast<void>(folder.file("token", "encrcdsa...."));
+    EXPECT_TRUE(bundle->isEncrypted());
+}
+
+TEST(EncryptedImage, IsToldByHeaderOrTrailer) {
+    const TemporaryFolder folder;
+    EXPECT_TRUE(isEncryptedImage(*fileOf(folder, "encrcdsa" + std::string(100, 'x'))));
+    EXPECT_TRUE(isEncryptedImage(*fileOf(folder, std::string(100, 'x') + "cdsaencr")));
+    EXPECT_FALSE(isEncryptedImage(*fileOf(folder, "xencrcdsa")));
+    EXPECT_FALSE(isEncryptedImage(*fileOf(folder, "encrcds")));
+    EXPECT_FALSE(isEncryptedImage(*fileOf(folder, "")));
+}
+
+} // namespace
