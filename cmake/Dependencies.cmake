@@ -26,5 +26,10 @@ qm_static_library(qm_crypto openssl/sha.h crypto)
 pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
 pkg_check_modules(GLIB REQUIRED IMPORTED_TARGET glib-2.0)
 
+# For the disk-image tool alone.
+find_package(BZip2 REQUIRED)
+find_package(LibLZMA REQUIRED)
+pkg_check_modules(DEFLATE REQUIRED IMPORTED_TARGET libdeflate)
+
 # Loaded while the program runs, so only its headers are needed here.
 find_path(QM_SD_BUS_INCLUDE_DIR systemd/sd-bus.h REQUIRED)
