@@ -3,6 +3,7 @@
 
 #include "platform/Data.h"
 
+#include <concepts>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -40,6 +41,10 @@ public:
     // NOLINTBEGIN(google-explicit-constructor): a value of each kind is a property list
     PropertyList(Value value)
         : m_value(std::move(value)) {}
+    PropertyList(std::same_as<bool> auto flag)
+        : m_value(std::in_place_type<bool>, flag) {}
+    PropertyList(std::same_as<double> auto number)
+        : m_value(std::in_place_type<double>, number) {}
     PropertyList(std::int64_t number)
         : m_value(number) {}
     PropertyList(UID reference)

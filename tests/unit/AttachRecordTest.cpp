@@ -52,7 +52,9 @@ TEST(FolderName, IsThatOfTheLabel) {
     EXPECT_EQ(folderNameForLabel("My Disk"), "My Disk");
     EXPECT_EQ(folderNameForLabel("Übung"), "Übung");
     EXPECT_EQ(folderNameForLabel("a/b"), "a:b");
-    EXPECT_EQ(folderNameForLabel("a\n\x01\x7F" "b"), "ab");
+    EXPECT_EQ(folderNameForLabel("a\n\x01\x7F"
+                                 "b"),
+              "ab");
     EXPECT_EQ(folderNameForLabel("\xFF"), "\uFFFD");
 }
 

@@ -67,12 +67,12 @@ TEST(SparseImage, HoldsItsBandsInTheOrderOfTheirWriting) {
     ASSERT_TRUE(image);
     EXPECT_EQ(image->size(), 7 * sectorSize);
     EXPECT_EQ(image->storedBytes(), 4 * sectorSize);
-    EXPECT_EQ(allOf(*image), std::string(2 * sectorSize, '\0') + b + a +
-                                 std::string(sectorSize, '\0'));
+    EXPECT_EQ(allOf(*image),
+              std::string(2 * sectorSize, '\0') + b + a + std::string(sectorSize, '\0'));
     std::vector<std::byte> piece(4);
     ASSERT_TRUE(image->read(2 * sectorSize - 2, piece));
-    EXPECT_EQ(piece, (std::vector<std::byte>{std::byte{0}, std::byte{0}, std::byte{'b'},
-                                             std::byte{'b'}}));
+    EXPECT_EQ(piece,
+              (std::vector<std::byte>{std::byte{0}, std::byte{0}, std::byte{'b'}, std::byte{'b'}}));
     EXPECT_FALSE(image->read(7 * sectorSize - 2, piece));
 }
 
@@ -86,9 +86,8 @@ TEST(SparseImage, GoesOnBehindAFullHeader) {
         bands.append(sectorSize, static_cast<char>('a' + i % 26));
     }
     const std::string last(sectorSize, '!');
-    const auto image =
-        imageOf(folder, header(1, places + 1, first) + bands +
-                            header(1, places + 1, {places + 1}) + last);
+    const auto image = imageOf(folder, header(1, places + 1, first) + bands +
+                                           header(1, places + 1, {places + 1}) + last);
     ASSERT_TRUE(image);
     EXPECT_EQ(allOf(*image), bands + last);
 }
@@ -148,8 +147,8 @@ TEST_F(Bundle, HasAFileForEachBandThatWasWritten) {
     ASSERT_TRUE(bundle);
     EXPECT_EQ(bundle->size(), 44U);
     EXPECT_EQ(bundle->storedBytes(), 6U);
-    EXPECT_EQ(allOf(*bundle), std::string(4, '\0') + "bbbb" + std::string(32, '\0') + "zz" +
-                                  std::string(2, '\0'));
+    EXPECT_EQ(allOf(*bundle),
+              std::string(4, '\0') + "bbbb" + std::string(32, '\0') + "zz" + std::string(2, '\0'));
     std::vector<std::byte> piece(4);
     EXPECT_FALSE(bundle->read(41, piece));
 }

@@ -84,14 +84,14 @@ PropertyList AttachRecord::asPropertyList() const {
     PropertyList::Array list;
     for (const MountedVolume& volume : volumes) {
         const auto method = methodNames.at(static_cast<std::size_t>(volume.method));
-        list.emplace_back(PropertyList::Dictionary{
-            {"mount-point", bytes(volume.mountPoint)}, {"method", std::string(method)}});
+        list.emplace_back(PropertyList::Dictionary{{"mount-point", bytes(volume.mountPoint)},
+                                                   {"method", std::string(method)}});
     }
     return PropertyList::Dictionary{{"image", bytes(image)},
                                     {"expanded-disk", bytes(expandedDisk)},
                                     {"volumes", std::move(list)},
                                     {"entities", entities},
-                                    {"complete", PropertyList::Value(isComplete)}};
+                                    {"complete", isComplete}};
 }
 
 std::optional<AttachRecord> AttachRecord::fromPropertyList(const PropertyList& list) {

@@ -15,8 +15,8 @@ template <class ReadBand>
                                std::span<std::byte> buffer, const ReadBand& readBand) {
     while (!buffer.empty()) {
         const std::uint64_t inside = offset % bandSize;
-        const auto length = static_cast<std::size_t>(
-            std::min<std::uint64_t>(buffer.size(), bandSize - inside));
+        const auto length =
+            static_cast<std::size_t>(std::min<std::uint64_t>(buffer.size(), bandSize - inside));
         if (!readBand(offset / bandSize, inside, buffer.first(length))) {
             return false;
         }

@@ -13,9 +13,8 @@ class LoopDevice {
 public:
     /// Makes a device of `length` bytes of `file` from `offset` on; nullopt, with errno set, when
     /// the system refuses.
-    [[nodiscard]] static std::optional<LoopDevice> attach(const std::string& file,
-                                                          std::uint64_t offset,
-                                                          std::uint64_t length, bool isReadOnly);
+    [[nodiscard]] static std::optional<LoopDevice>
+    attach(const std::string& file, std::uint64_t offset, std::uint64_t length, bool isReadOnly);
 
     LoopDevice(LoopDevice&& other) noexcept;
     LoopDevice& operator=(LoopDevice&& other) noexcept;

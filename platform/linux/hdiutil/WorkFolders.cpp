@@ -81,7 +81,7 @@ std::optional<std::string> expandedDisks() {
     return privateFolder(cacheFolder(), "disks");
 }
 
-std::optional<std::string> makeMountPoint(std::string_view label) {
+std::optional<std::string> freeMountPoint(std::string_view label) {
     constexpr int attempts = 1000;
     const auto parent = privateFolder(runtimeFolder(), "volumes");
     if (!parent) {
@@ -93,14 +93,16 @@ std::optional<std::string> makeMountPoint(std::string_view label) {
         if (number > 0) {
             path.append(" ").append(std::to_string(number));
         }
-        if (::mkdir(path.c_str(), privateMode) == 0) {
-            return path;
-        }
-        if (errno != EEXIST) {
-            return std::nullopt;
+        struct stat status {};
+        if (::lstat(path.c_str(), &status) != 0) {
+            return errno == ENOENT ? std::optional(path) : std::nullopt;
         }
     }
     return std::nullopt;
+}
+
+bool makeMountPoint(const std::string& path) {
+    return ::mkdir(path.c_str(), privateMode) == 0;
 }
 
 std::string folderNameForLabel(std::string_view label) {

@@ -15,9 +15,13 @@ namespace platform::hdiutil::WorkFolders {
 /// For disks that had to be expanded: below the user's cache folder. Made like that one.
 [[nodiscard]] std::optional<std::string> expandedDisks();
 
-/// Makes a folder for a volume to be mounted at, named after its label, with a number behind it
-/// where such a folder is there already. nullopt when that fails.
-[[nodiscard]] std::optional<std::string> makeMountPoint(std::string_view label);
+/// A path for the folder that a volume is to be mounted at, named after its label, with a number
+/// behind it where that is taken. Nothing is there yet. nullopt, with errno set, when there is no
+/// place for such folders.
+[[nodiscard]] std::optional<std::string> freeMountPoint(std::string_view label);
+
+/// Makes that folder. False, with errno set, when that fails.
+[[nodiscard]] bool makeMountPoint(const std::string& path);
 
 /// The name of a folder for a volume of that label: never empty, one component, no control
 /// characters.

@@ -1,0 +1,195 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/hdiutil/Attach.h"
+
+#include "platform/FileManager.h"
+#include "platform/linux/Utf8.h"
+#include "platform/linux/hdiutil/AttachRecord.h"
+#include "platform/linux/hdiutil/DiskFile.h"
+#include "platform/linux/hdiutil/DiskImage.h"
+#include "platform/linux/hdiutil/Mounting.h"
+#include "platform/linux/hdiutil/Undo.h"
+#include "platform/linux/hdiutil/WorkFolders.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+namespace platform::hdiutil {
+namespace {
+
+using Entities = PropertyList::Array;
+
+Failure systemFailure() {
+    return {std::generic_category().message(errno)};
+}
+
+PropertyList printed(const Entities& entities) {
+    return PropertyList::Dictionary{{"system-entities", entities}};
+}
+
+bool isStillThere(const AttachRecord& record) {
+    return std::ranges::all_of(record.volumes, [](const MountedVolume& volume) {
+        return volume.method == MountMethod::copy
+                   ? FileManager::fileExistsAtPath(volume.mountPoint)
+                   : isMountPoint(volume.mountPoint);
+    });
+}
+
+/// Attaches one image, and undoes what it has made unless all of it succeeded.
+class Attachment {
+public:
+    Attachment(const AttachRecords& target, DiskImage opened)
+        : records(target)
+        , image(std::move(opened)) {
+        record.image = image.path;
+    }
+    Attachment(const Attachment&) = delete;
+    Attachment& operator=(const Attachment&) = delete;
+    Attachment(Attachment&&) = delete;
+    Attachment& operator=(Attachment&&) = delete;
+    ~Attachment() {
+        if (!record.isComplete) {
+            undo(record, records);
+        }
+    }
+
+    std::variant<PropertyList, Failure> run() {
+        if (const auto failure = provideDisk()) {
+            return *failure;
+        }
+        if (image.map.partitions.empty() || image.kind == DiskImage::Kind::optical) {
+            Partition whole;
+            whole.byteLength = image.disk->size();
+            addVolume(whole);
+        } else {
+            std::ranges::for_each(image.map.partitions,
+                                  [this](const Partition& part) { addVolume(part); });
+        }
+        if (record.volumes.empty()) {
+            return Failure{"no mountable file systems"};
+        }
+        record.isComplete = true;
+        if (!records.store(record)) {
+            record.isComplete = false;
+            return systemFailure();
+        }
+        return printed(record.entities);
+    }
+
+private:
+    // The disk as a plain file: the image itself, or one that it is expanded into.
+    std::optional<Failure> provideDisk() {
+        if (image.kind == DiskImage::Kind::raw || image.kind == DiskImage::Kind::optical) {
+            diskFile = image.path;
+            isReadOnly = image.kind == DiskImage::Kind::optical || !isWritable(image.path);
+            return records.store(record) ? std::nullopt : std::optional(systemFailure());
+        }
+        const auto path = newDiskFilePath();
+        if (!path) {
+            return systemFailure();
+        }
+        record.expandedDisk = *path;
+        if (!records.store(record)) {
+            return systemFailure();
+        }
+        diskFile = *path;
+        isReadOnly = true;
+        return expandDisk(image, diskFile);
+    }
+
+    void addVolume(const Partition& part) {
+        const PartSource bytes(image.disk, part.firstByte, part.byteLength);
+        const auto volume = probeVolume(bytes);
+        const bool isMountable = volume && volume->isFileSystem;
+        PropertyList::Dictionary entity;
+        entity.emplace("content-hint", contentHint(part, volume));
+        entity.emplace("dev-entry", replacingInvalidUTF8(diskFile));
+        entity.emplace("potentially-mountable", isMountable);
+        if (isMountable) {
+            entity.emplace("volume-kind", volumeKind(*volume));
+            mount(*volume, part, bytes.size(), entity);
+        }
+        record.entities.emplace_back(std::move(entity));
+    }
+
+    static PropertyList contentHint(const Partition& part, const std::optional<Volume>& volume) {
+        if (!part.hint.empty()) {
+            return replacingInvalidUTF8(part.hint);
+        }
+        return volume ? volumeKind(*volume) : std::string();
+    }
+
+    // Adds what came of it to the entity.
+    void mount(const Volume& volume, const Partition& part, std::uint64_t length,
+               PropertyList::Dictionary& entity) {
+        const auto folder = WorkFolders::freeMountPoint(volume.label);
+        if (!folder) {
+            return;
+        }
+        record.volumes.push_back({*folder, MountMethod::kernel});
+        const auto mounted = records.store(record) && WorkFolders::makeMountPoint(*folder)
+                                 ? mountVolume({.file = diskFile,
+                                                .offset = part.firstByte,
+                                                .length = length,
+                                                .isWholeFile = length == image.disk->size(),
+                                                .isReadOnly = isReadOnly,
+                                                .volume = volume},
+                                               *folder)
+                                 : std::nullopt;
+        if (!mounted) {
+            static_cast<void>(unmountVolume(record.volumes.back()));
+            record.volumes.pop_back();
+            return;
+        }
+        record.volumes.back().method = mounted->method;
+        entity.insert_or_assign("dev-entry", replacingInvalidUTF8(mounted->device));
+        entity.emplace("mount-point", replacingInvalidUTF8(*folder));
+    }
+
+    const AttachRecords& records;
+    DiskImage image;
+    AttachRecord record;
+    std::string diskFile;
+    bool isReadOnly = true;
+};
+
+// An image that is attached already; what a crash or a restart has left of others is cleared away.
+std::optional<AttachRecord> takeStock(const AttachRecords& records, const std::string& image) {
+    std::optional<AttachRecord> attached;
+    for (const AttachRecord& record : records.all()) {
+        if (!record.isComplete || !isStillThere(record)) {
+            undo(record, records);
+        } else if (record.image == image) {
+            attached = record;
+        }
+    }
+    return attached;
+}
+
+} // namespace
+
+std::variant<PropertyList, Failure> attachImage(const std::string& path) {
+    const auto resolved = FileManager::resolvingSymlinks(path);
+    if (!resolved) {
+        return systemFailure();
+    }
+    const auto records = AttachRecords::open();
+    if (!records) {
+        return systemFailure();
+    }
+    if (const auto attached = takeStock(*records, *resolved)) {
+        return printed(attached->entities);
+    }
+    auto opened = openDiskImage(*resolved);
+    if (const auto* reason = std::get_if<std::string>(&opened)) {
+        return Failure{*reason};
+    }
+    auto& image = std::get<DiskImage>(opened);
+    if (!image.disk) {
+        return Failure{"the image is encrypted"};
+    }
+    return Attachment(*records, std::move(image)).run();
+}
+
+} // namespace platform::hdiutil

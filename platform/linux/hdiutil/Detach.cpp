@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/hdiutil/Attach.h"
+
+#include "platform/FileManager.h"
+#include "platform/Format.h"
+#include "platform/PathString.h"
+#include "platform/linux/hdiutil/AttachRecord.h"
+#include "platform/linux/hdiutil/Mounting.h"
+#include "platform/linux/hdiutil/Undo.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+
+namespace platform::hdiutil {
+namespace {
+
+std::optional<Failure> systemFailure(int error) {
+    return Failure{std::generic_category().message(error)};
+}
+
+// Whether one of the entities has that device.
+bool hasDevice(const AttachRecord& record, const std::string& path) {
+    return std::ranges::any_of(record.entities, [&path](const PropertyList& entity) {
+        const PropertyList* const device = entity.valueForKey("dev-entry");
+        return device != nullptr && device->string() != nullptr && *device->string() == path;
+    });
+}
+
+bool shows(const AttachRecord& record, const std::string& path) {
+    return hasDevice(record, path) ||
+           std::ranges::find(record.volumes, path, &MountedVolume::mountPoint) !=
+               record.volumes.end();
+}
+
+std::optional<AttachRecord> recordShowing(const AttachRecords& records, const std::string& path) {
+    const auto all = records.all();
+    const auto found = std::ranges::find_if(
+        all, [&path](const AttachRecord& record) { return shows(record, path); });
+    return found == all.end() ? std::nullopt : std::optional(*found);
+}
+
+// Whether a file system lies on a loop device or on a medium that can be taken out.
+bool isOnRemovableDevice(dev_t device) {
+    constexpr unsigned loopMajor = 7; // Linux allocated devices, admin-guide/devices.txt
+    if (major(device) == loopMajor) {
+        return true;
+    }
+    const std::string folder =
+        format("/sys/dev/block/{}:{}", std::uint64_t{major(device)}, std::uint64_t{minor(device)});
+    for (const char* const place : {"/removable", "/../removable"}) {
+        const auto contents = FileManager::contentsAtPath(folder + place, 16);
+        if (contents && !contents->empty() && contents->front() == std::byte{'1'}) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::optional<Failure> unmountForeign(const std::string& path) {
+    struct stat status {};
+    if (::lstat(path.c_str(), &status) != 0) {
+        return systemFailure(errno);
+    }
+    if (!isMountPoint(path)) {
+        return Failure{"not a mount point"};
+    }
+    if (!isOnRemovableDevice(status.st_dev)) {
+        return Failure{"not on a disk image or a removable disk"};
+    }
+    return ::umount2(path.c_str(), UMOUNT_NOFOLLOW) == 0 ? std::nullopt : systemFailure(errno);
+}
+
+} // namespace
+
+std::optional<Failure> detachVolume(const std::string& path) {
+    const auto records = AttachRecords::open();
+    if (!records) {
+        return systemFailure(errno);
+    }
+    const std::string resolved =
+        FileManager::resolvingSymlinks(path).value_or(PathString::standardizing(path));
+    const auto record = recordShowing(*records, resolved);
+    if (!record) {
+        return unmountForeign(resolved);
+    }
+    if (std::ranges::any_of(record->volumes, isBusy)) {
+        return systemFailure(EBUSY);
+    }
+    return undo(*record, *records) ? std::nullopt : systemFailure(errno);
+}
+
+} // namespace platform::hdiutil

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/linux/hdiutil/ByteSource.h"
+#include "platform/linux/hdiutil/PartitionMap.h"
+#include "platform/linux/hdiutil/Udif.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+namespace platform::hdiutil {
+
+/// A disk image: what form it has, and the disk in it.
+struct DiskImage {
+    enum class Kind { udif, encrypted, sparseImage, sparseBundle, optical, raw };
+
+    std::string path;
+    Kind kind = Kind::raw;
+    /// Of a UDIF image; empty for the others.
+    std::optional<UdifImage> udif;
+    /// The file; null for a sparse bundle, which is a folder.
+    std::shared_ptr<const ByteSource> file;
+    /// The bytes of the disk; null when they are encrypted.
+    std::shared_ptr<const ByteSource> disk;
+    /// The partitions of the disk; of no scheme when it has none.
+    PartitionMap map;
+    /// What the image takes up.
+    std::uint64_t storedBytes = 0;
+
+    /// Size of the disk, as far as it is known: for encrypted ones what the image takes up.
+    [[nodiscard]] std::uint64_t totalBytes() const { return disk ? disk->size() : storedBytes; }
+};
+
+/// Opens the image at `path`, or answers why it is none, in one line for people. A file of bytes
+/// without any form counts when there are partitions or a file system in it.
+[[nodiscard]] std::variant<DiskImage, std::string> openDiskImage(const std::string& path);
+
+/// The four letters for the form ("UDZO"), its description, and the class that stands for it, as
+/// the system's own tool names them.
+struct FormatNames {
+    std::string_view format;
+    std::string_view description;
+    std::string_view className;
+};
+[[nodiscard]] FormatNames formatNamesOf(const DiskImage& image);
+
+} // namespace platform::hdiutil

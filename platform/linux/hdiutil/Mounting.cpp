@@ -1,0 +1,184 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/hdiutil/Mounting.h"
+
+#include "platform/Format.h"
+#include "platform/Task.h"
+#include "platform/linux/DetachedProcess.h"
+#include "platform/linux/hdiutil/LoopDevice.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <string_view>
+#include <vector>
+
+#include <unistd.h>
+
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+
+namespace platform::hdiutil {
+namespace {
+
+// Names of kernel drivers that differ from those of the file systems.
+std::string_view driverFor(std::string_view type) {
+    return type == "ntfs" ? "ntfs3" : type;
+}
+
+std::optional<Mounted> mountByKernel(const VolumeInFile& volume, const std::string& mountPoint) {
+    const auto device =
+        LoopDevice::attach(volume.file, volume.offset, volume.length, volume.isReadOnly);
+    if (!device) {
+        return std::nullopt;
+    }
+    // Nothing in an image may gain rights here.
+    unsigned long flags = MS_NOSUID | MS_NODEV;
+    if (volume.isReadOnly) {
+        flags |= MS_RDONLY;
+    }
+    const std::string driver(driverFor(volume.volume.type));
+    if (::mount(device->path().c_str(), mountPoint.c_str(), driver.c_str(), flags, nullptr) != 0) {
+        return std::nullopt;
+    }
+    return Mounted{MountMethod::kernel, device->path()};
+}
+
+/// Runs a program to its end without any output; whether it succeeded.
+bool run(const std::string& program, const std::vector<std::string>& arguments) {
+    const auto path = DetachedProcess::findProgram(program);
+    if (!path) {
+        return false;
+    }
+    const auto launched = Task::launch({.executable = *path, .arguments = arguments});
+    const auto* task = std::get_if<std::shared_ptr<Task>>(&launched);
+    return task != nullptr && (*task)->waitUntilExit() == 0;
+}
+
+/// A FUSE program for a type of file system.
+struct FuseProgram {
+    std::string_view type;
+    std::string_view program;
+    bool takesOffset; ///< by the option "offset"; without it, only whole files will do
+    std::string_view options;
+};
+
+constexpr std::array<FuseProgram, 6> fusePrograms{{
+    {"iso9660", "fuseiso", false, "ro,nosuid,nodev"},
+    {"ext2", "fuse2fs", true, "ro,nosuid,nodev"},
+    {"ext3", "fuse2fs", true, "ro,nosuid,nodev"},
+    {"ext4", "fuse2fs", true, "ro,nosuid,nodev"},
+    {"squashfs", "squashfuse", true, "ro,nosuid,nodev"},
+    {"apfs", "fsapfsmount", true, "ro"},
+}};
+
+std::optional<Mounted> mountByFuse(const VolumeInFile& volume, const std::string& mountPoint) {
+    const auto* const program =
+        std::ranges::find(fusePrograms, volume.volume.type, &FuseProgram::type);
+    if (program == fusePrograms.end() || (!volume.isWholeFile && !program->takesOffset)) {
+        return std::nullopt;
+    }
+    std::string options(program->options);
+    if (!volume.isWholeFile) {
+        options.append(",offset=").append(std::to_string(volume.offset));
+    }
+    const bool isRun =
+        run(std::string(program->program), {volume.file, mountPoint, "-o", options});
+    if (!isRun || !isMountPoint(mountPoint)) {
+        return std::nullopt;
+    }
+    return Mounted{MountMethod::fuse, volume.file};
+}
+
+bool hasSpaceFor(const std::string& folder, std::uint64_t bytes) {
+    struct statvfs status {};
+    return ::statvfs(folder.c_str(), &status) == 0 &&
+           status.f_bavail > bytes / std::max<std::uint64_t>(status.f_frsize, 1);
+}
+
+// Removes everything in a folder of ours, but not what is mounted in it.
+void empty(const std::string& folder) {
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
+        std::filesystem::remove_all(entry.path(), ignored);
+    }
+}
+
+// Where the volume is not the whole file, the extractor gets a device or nothing.
+std::optional<Mounted> mountByCopy(const VolumeInFile& volume, const std::string& mountPoint) {
+    if (!hasSpaceFor(mountPoint, volume.length)) {
+        return std::nullopt;
+    }
+    std::optional<LoopDevice> device;
+    std::string source = volume.file;
+    if (!volume.isWholeFile) {
+        device = LoopDevice::attach(volume.file, volume.offset, volume.length, true);
+        if (!device) {
+            return std::nullopt;
+        }
+        source = device->path();
+    }
+    if (!run("7z", {"x", "-y", "-bd", "-o" + mountPoint, source})) {
+        empty(mountPoint);
+        return std::nullopt;
+    }
+    ::chmod(mountPoint.c_str(), 0500);
+    return Mounted{MountMethod::copy, volume.file};
+}
+
+bool removeCopy(const std::string& folder) {
+    // What was copied keeps its own modes, which may forbid its removal.
+    std::error_code error;
+    ::chmod(folder.c_str(), 0700);
+    std::filesystem::recursive_directory_iterator entries(folder, error);
+    for (; !error && entries != std::filesystem::recursive_directory_iterator();
+         entries.increment(error)) {
+        if (entries->is_directory(error) && !entries->is_symlink(error)) {
+            std::filesystem::permissions(entries->path(), std::filesystem::perms::owner_all,
+                                         std::filesystem::perm_options::add, error);
+        }
+    }
+    std::filesystem::remove_all(folder, error);
+    errno = error.value();
+    return !error;
+}
+
+} // namespace
+
+std::optional<Mounted> mountVolume(const VolumeInFile& volume, const std::string& mountPoint) {
+    for (const auto way : {mountByKernel, mountByFuse, mountByCopy}) {
+        if (auto mounted = way(volume, mountPoint)) {
+            return mounted;
+        }
+    }
+    return std::nullopt;
+}
+
+bool isMountPoint(const std::string& path) {
+    struct stat status {};
+    struct stat parent {};
+    return ::lstat(path.c_str(), &status) == 0 &&
+           ::lstat((path + "/..").c_str(), &parent) == 0 &&
+           (status.st_dev != parent.st_dev || status.st_ino == parent.st_ino);
+}
+
+bool isBusy(const MountedVolume& volume) {
+    // The first such call only marks the mount as not used since; it is refused where it is used.
+    return volume.method != MountMethod::copy && isMountPoint(volume.mountPoint) &&
+           ::umount2(volume.mountPoint.c_str(), MNT_EXPIRE) != 0 && errno == EBUSY;
+}
+
+bool unmountVolume(const MountedVolume& volume) {
+    if (volume.method == MountMethod::copy) {
+        return removeCopy(volume.mountPoint);
+    }
+    if (isMountPoint(volume.mountPoint) &&
+        ::umount2(volume.mountPoint.c_str(), UMOUNT_NOFOLLOW) != 0 &&
+        (volume.method != MountMethod::fuse || !run("fusermount", {"-u", volume.mountPoint}))) {
+        return false;
+    }
+    return ::rmdir(volume.mountPoint.c_str()) == 0 || errno == ENOENT;
+}
+
+} // namespace platform::hdiutil

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/linux/hdiutil/AttachRecord.h"
+#include "platform/linux/hdiutil/VolumeProbe.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace platform::hdiutil {
+
+/// A file system in a file.
+struct VolumeInFile {
+    std::string file; ///< holds the disk as it is
+    std::uint64_t offset = 0;
+    std::uint64_t length = 0;
+    bool isWholeFile = false;
+    bool isReadOnly = false;
+    Volume volume;
+};
+
+/// What mounting made.
+struct Mounted {
+    MountMethod method = MountMethod::kernel;
+    std::string device; ///< the block device, or the file where there is none
+};
+
+/// Shows the volume at `mountPoint`, an empty folder, in the first way that works: the kernel's
+/// own driver over a loop device, a FUSE program, a copy. nullopt when none does; the folder is
+/// empty then.
+[[nodiscard]] std::optional<Mounted> mountVolume(const VolumeInFile& volume,
+                                                 const std::string& mountPoint);
+
+/// Whether something is mounted at `path`.
+[[nodiscard]] bool isMountPoint(const std::string& path);
+
+/// Whether a volume that is mounted at `path` is in use. False where nothing is mounted.
+[[nodiscard]] bool isBusy(const MountedVolume& volume);
+
+/// Undoes `mountVolume` and removes the folder. False, with errno set, when the system refuses;
+/// true also when there is nothing to undo.
+[[nodiscard]] bool unmountVolume(const MountedVolume& volume);
+
+} // namespace platform::hdiutil

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/hdiutil/Undo.h"
+
+#include "platform/linux/hdiutil/Mounting.h"
+
+#include <cerrno>
+#include <ranges>
+
+#include <unistd.h>
+
+namespace platform::hdiutil {
+
+bool undo(const AttachRecord& record, const AttachRecords& records) {
+    bool isUndone = true;
+    int error = 0;
+    for (const MountedVolume& volume : record.volumes | std::views::reverse) {
+        if (!unmountVolume(volume)) {
+            error = errno;
+            isUndone = false;
+        }
+    }
+    // A mount may still need the disk.
+    if (isUndone && !record.expandedDisk.empty() && ::unlink(record.expandedDisk.c_str()) != 0 &&
+        errno != ENOENT) {
+        error = errno;
+        isUndone = false;
+    }
+    if (isUndone) {
+        records.remove(record);
+    }
+    errno = error;
+    return isUndone;
+}
+
+} // namespace platform::hdiutil

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/linux/hdiutil/AttachRecord.h"
+
+namespace platform::hdiutil {
+
+/// Takes back everything that the record says was made, in the opposite order, as far as the
+/// system lets it, and then the record. False, with errno set and the record kept, when something
+/// of it stays.
+bool undo(const AttachRecord& record, const AttachRecords& records);
+
+} // namespace platform::hdiutil

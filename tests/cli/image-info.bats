@@ -1,0 +1,128 @@
+#!/usr/bin/env bats
+# SPDX-License-Identifier: Apache-2.0
+# What the disk-image tool tells of images.
+
+load helpers
+load images
+
+info() {
+    hdiutil imageinfo "$1" -plist
+    succeeds
+}
+
+@test "an ISO image" {
+    make_tree
+    genisoimage -quiet -J -R -V "My Disc" -o disc.iso tree
+    info disc.iso
+    plist_is "document['Format']" UDTO
+    plist_is "document['Format Description']" "DVD/CD-R master"
+    plist_is "document['Total Bytes']" "$(stat -c %s disc.iso)"
+    plist_is "document['Size Information']['Total Bytes']" "$(stat -c %s disc.iso)"
+    plist_is "document['Size Information']['Sector Count']" "$(($(stat -c %s disc.iso) / 512))"
+    plist_is "document['Encrypted'], document['Properties']['Encrypted']" "(False, False)"
+    plist_is "document['partitions']['partition-scheme']" none
+    plist_is "document['partitions']['partitions'][0]['partition-filesystems']" \
+        "{'cd9660': 'My Disc'}"
+    plist_is "document['Backing Store Information']['Name']" disc.iso
+}
+
+@test "an image of a bare file system" {
+    truncate -s 8M fs.img
+    mkfs.ext4 -q -L Label fs.img
+    info fs.img
+    plist_is "document['Format'], document['Class Name']" "('UDRW', 'CRawDiskImage')"
+    plist_is "document['Total Bytes'], document['Compressed Bytes']" "(8388608, 8388608)"
+    plist_is "document['partitions']['partitions'][0]['partition-filesystems']" "{'ext4': 'Label'}"
+    plist_is "document['Properties']['Partitioned']" False
+}
+
+@test "a raw image with a GUID partition map" {
+    truncate -s 64M disk.img
+    sgdisk -n 1:2048:+16M -t 1:EF00 -c 1:"EFI system" -n 2:0:0 -t 2:8300 -c 2:Data disk.img >/dev/null
+    info disk.img
+    plist_is "document['partitions']['partition-scheme']" GUID
+    plist_is "[(p['partition-start'], p['partition-length']) for p in
+        document['partitions']['partitions'] if 'partition-number' in p]" \
+        "$(sfdisk -J disk.img | python3 -c '
+import json, sys
+print([(p["start"], p["size"]) for p in json.load(sys.stdin)["partitiontable"]["partitions"]])')"
+    plist_is "[p['partition-name'] for p in document['partitions']['partitions']
+        if 'partition-number' in p]" "['EFI system', 'Data']"
+    plist_is "document['Properties']['Partitioned']" True
+}
+
+@test "a raw image with a DOS partition map" {
+    truncate -s 64M disk.img
+    printf 'label: dos\nsize=16M, type=c\nsize=16M, type=83\n' | sfdisk -q disk.img
+    info disk.img
+    plist_is "document['partitions']['partition-scheme']" fdisk
+    plist_is "[p['partition-hint'] for p in document['partitions']['partitions']
+        if 'partition-number' in p]" "['DOS_FAT_32', 'Linux']"
+}
+
+@test "a sparse bundle" {
+    mkdir -p "x.sparsebundle/bands"
+    truncate -s 8M fs.img
+    mkfs.ext4 -q -L Sparse fs.img
+    python3 - <<'END'
+import plistlib
+band = 1 << 20
+plistlib.dump({"diskimage-bundle-type": "com.apple.diskimage.sparsebundle",
+               "band-size": band, "size": 8 << 20, "CFBundleInfoDictionaryVersion": "6.0"},
+              open("x.sparsebundle/Info.plist", "wb"))
+data = open("fs.img", "rb").read()
+for number in range(8):
+    piece = data[number * band:(number + 1) * band].rstrip(b"\0")
+    if piece:
+        open(f"x.sparsebundle/bands/{number:x}", "wb").write(piece)
+END
+    info x.sparsebundle
+    plist_is "document['Format'], document['Total Bytes']" "('UDSB', 8388608)"
+    plist_is "document['partitions']['partitions'][0]['partition-filesystems']" "{'ext4': 'Sparse'}"
+}
+
+@test "encrypted images are recognised and not opened" {
+    { printf encrcdsa; head -c 5000 /dev/urandom; } >new.dmg
+    { head -c 5000 /dev/urandom; printf cdsaencr; } >old.dmg
+    local image
+    for image in new.dmg old.dmg; do
+        info "$image"
+        plist_is "document['Encrypted'], document['Properties']['Encrypted']" "(True, True)"
+        plist_is "document['Total Bytes']" "$(stat -c %s "$image")"
+        hdiutil attach "$image" -plist -noverify
+        fails_because attach "the image is encrypted"
+    done
+    nothing_left
+}
+
+@test "what is no image" {
+    head -c 100000 /dev/urandom >random.dmg
+    : >empty.img
+    hdiutil imageinfo random.dmg -plist
+    fails_because imageinfo "image not recognized"
+    hdiutil imageinfo empty.img -plist
+    fails_because imageinfo "image not recognized"
+    hdiutil imageinfo missing.dmg -plist
+    fails_because imageinfo "No such file or directory"
+    mkdir folder.dmg
+    hdiutil imageinfo folder.dmg -plist
+    status_is 1
+    mkfifo fifo.dmg
+    hdiutil imageinfo fifo.dmg -plist
+    status_is 1
+    hdiutil imageinfo /dev/null -plist
+    status_is 1
+}
+
+@test "other words than the three invocations" {
+    local words
+    touch x.img
+    for words in "" "attach" "attach x.img" "attach x.img -plist" "attach x.img -noverify -plist" \
+        "imageinfo x.img" "imageinfo x.img -plist -x" "detach" "detach x y" "help" "-plist"; do
+        # shellcheck disable=SC2086 # the words of one command
+        hdiutil $words
+        stdout_is_empty
+        [ "$(head -1 "$seen/err")" = "Usage: hdiutil attach IMAGE -plist -noverify" ]
+        status_is 1
+    done
+}

@@ -1,0 +1,94 @@
+# SPDX-License-Identifier: Apache-2.0
+# Shared by the .bats files about disk images. HDIUTIL names the tool under test.
+
+HDIUTIL=$(realpath "${HDIUTIL:?must name the disk-image tool to be tested}")
+
+setup() {
+    pin_environment
+    make_box
+    export XDG_RUNTIME_DIR="$BATS_TEST_TMPDIR/run"
+    mkdir -m 700 "$XDG_RUNTIME_DIR"
+}
+
+# Whatever a failed test has left attached.
+teardown() {
+    cd /
+    local mount
+    while mount=$(findmnt -rno TARGET | grep -F "$BATS_TEST_TMPDIR/" | tail -1) && [ -n "$mount" ]; do
+        umount -l "$(printf '%b' "$mount")"
+    done
+}
+
+hdiutil() {
+    capture "$HDIUTIL" "$@"
+}
+
+# A folder with files of several kinds.
+make_tree() {
+    mkdir -p tree/folder/deeper
+    echo hello >tree/file.txt
+    head -c 300000 /dev/urandom >tree/folder/random
+    head -c 100000 /dev/zero >tree/folder/deeper/zeros
+    : >tree/empty
+}
+
+# plist EXPRESSION: prints a Python expression about `document`, the property list on standard
+# output.
+plist() {
+    python3 -c '
+import plistlib, sys
+document = plistlib.load(open(sys.argv[1], "rb"))
+print(eval(sys.argv[2]))' "$seen/out" "$1"
+}
+
+plist_is() {
+    local value
+    value=$(plist "$1")
+    [ "$value" = "$2" ] || complain "$1 is '$value' instead of '$2'"
+}
+
+attach() {
+    hdiutil attach "$1" -plist -noverify
+}
+
+# The mount point of the Nth volume that was attached last.
+mount_point() {
+    plist "[e['mount-point'] for e in document['system-entities'] if 'mount-point' in e][${1:-0}]"
+}
+
+# Nothing is attached, and nothing is left of what was.
+nothing_left() {
+    local left
+    left=$(find "$XDG_RUNTIME_DIR" "$XDG_CACHE_HOME" -mindepth 3 ! -name lock 2>/dev/null) || true
+    [ -z "$left" ] || complain "left: $left"
+    ! findmnt -rno TARGET | grep -F "$BATS_TEST_TMPDIR/" || complain "still mounted"
+    ! losetup -nO BACK-FILE | grep -F "$BATS_TEST_TMPDIR/" || complain "a loop device is left"
+}
+
+# detaches PATH: everything of that image is gone.
+detaches() {
+    hdiutil detach "$1"
+    stdout_is_empty
+    succeeds
+}
+
+# said VERB REASON: the line of a failure.
+said() {
+    printf 'hdiutil: %s failed - %s\n' "$@"
+}
+
+# fails_because VERB REASON
+fails_because() {
+    stdout_is_empty
+    said "$@" | stderr_is
+    status_is 1
+}
+
+needs_loop_devices() {
+    needs_root
+    [ -e /dev/loop-control ] || skip "no loop devices here"
+}
+
+kernel_has() {
+    grep -qw "$1" /proc/filesystems || modprobe -q "$1" 2>/dev/null
+}
