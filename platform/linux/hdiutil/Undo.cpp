@@ -4,7 +4,6 @@
 #include "platform/linux/hdiutil/Mounting.h"
 
 #include <cerrno>
-#include <ranges>
 
 #include <unistd.h>
 
@@ -13,8 +12,8 @@ namespace platform::hdiutil {
 bool undo(const AttachRecord& record, const AttachRecords& records) {
     bool isUndone = true;
     int error = 0;
-    for (const MountedVolume& volume : record.volumes | std::views::reverse) {
-        if (!unmountVolume(volume)) {
+    for (auto volume = record.volumes.rbegin(); volume != record.volumes.rend(); ++volume) {
+        if (!unmountVolume(*volume)) {
             error = errno;
             isUndone = false;
         }
