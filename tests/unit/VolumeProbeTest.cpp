@@ -87,7 +87,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Maker{"mkudffs -b 2048 -l Universal", "udf", "Universal"},
                     Maker{"mkudffs -b 512 -l Universal", "udf", "Universal"}));
 
-// Their names are far behind the beginning.
+// FAT and exFAT have their names far behind the beginning on these.
 INSTANTIATE_TEST_SUITE_P(
     LargeVolumeProbe, MadeVolume,
     testing::Values(Maker{"mkfs.vfat -F 32 -s 8 -n LARGE", "vfat", "LARGE", 8 * gigabyte},
