@@ -286,7 +286,7 @@ TEST(UdifDamage, ResourceForksAreChecked) {
             EXPECT_EQ(outcome(changed), malformed) << field;
         }
     }
-    const std::size_t map = fork + 16 + bytes.find("plst", fork) - fork - 30 - 16;
+    const std::size_t map = bytes.find("plst", fork) - 30;
     const auto withMap = [&, &image = bytes](std::size_t offset, std::uint16_t number) {
         std::string changed = image;
         udif::put(changed, map + offset, number);

@@ -4,6 +4,7 @@
 #include "tests/unit/support/DiskOfImage.h"
 #include "tests/unit/support/UdifWriter.h"
 
+#include <array>
 #include <atomic>
 #include <limits>
 #include <thread>
@@ -114,6 +115,48 @@ TEST(UdifSource, ReadsOnAfterMoreChunksThanItKeeps) {
     EXPECT_EQ(image.bytes(), disk);
     EXPECT_EQ(image.bytesAt(5, 100), disk.substr(5, 100));
     EXPECT_EQ(image.bytes(), disk);
+}
+
+// Counts how often somebody reads.
+class CountingSource final : public platform::hdiutil::ByteSource {
+public:
+    explicit CountingSource(std::shared_ptr<const ByteSource> source)
+        : m_source(std::move(source)) {}
+    [[nodiscard]] std::uint64_t size() const override { return m_source->size(); }
+    [[nodiscard]] bool read(std::uint64_t offset, std::span<std::byte> buffer) const override {
+        ++m_reads;
+        return m_source->read(offset, buffer);
+    }
+    [[nodiscard]] int reads() const { return m_reads; }
+
+private:
+    std::shared_ptr<const ByteSource> m_source;
+    mutable std::atomic<int> m_reads = 0;
+};
+
+TEST(UdifSource, ExpandsAChunkOnceForReadsNearby) {
+    const DiskOfImage image(udif::imageOf(udif::sampleDisk(64), {Kind::zlib, Kind::zlib, 4, 1}));
+    const auto file = std::make_shared<CountingSource>(image.file);
+    const platform::hdiutil::UdifSource disk(file, image.image);
+    const auto readAt = [&](std::uint64_t sector) {
+        std::array<std::byte, 100> buffer{};
+        EXPECT_TRUE(disk.read(sector * 512, buffer));
+    };
+    for (int i = 0; i < 10; ++i) {
+        readAt(0);
+        readAt(3);
+        readAt(62);
+    }
+    EXPECT_EQ(file->reads(), 2);
+    // Those that were not used for the longest time go first.
+    for (const std::uint64_t sector : {8U, 12U, 16U, 20U, 0U, 24U, 28U, 32U}) {
+        readAt(sector);
+    }
+    EXPECT_EQ(file->reads(), 9);
+    readAt(0);
+    EXPECT_EQ(file->reads(), 9);
+    readAt(62);
+    EXPECT_EQ(file->reads(), 10);
 }
 
 TEST(UdifSource, ReadsChunksThatAreLargerThanWhatItKeeps) {

@@ -71,7 +71,7 @@ template <std::unsigned_integral Number>
 std::string bigEndian(Number number) {
     std::string bytes;
     for (std::size_t shift = sizeof(Number) * 8; shift > 0; shift -= 8) {
-        bytes.push_back(static_cast<char>((number >> (shift - 8)) & 0xFFU));
+        bytes.push_back(static_cast<char>((std::uint64_t{number} >> (shift - 8)) & 0xFFU));
     }
     return bytes;
 }
@@ -245,12 +245,16 @@ inline std::string resourceForkOf(const std::vector<Table>& tables) {
     const std::string types = bigEndian(std::uint16_t{1}) + "plst" + bigEndian(std::uint16_t{0}) +
                               bigEndian(std::uint16_t{18}) + "blkx" + bigEndian(last) +
                               bigEndian(std::uint16_t{30}) + references;
-    const std::string map = std::string(24, '\0') + bigEndian(std::uint16_t{28}) +
-                            bigEndian(static_cast<std::uint16_t>(28 + types.size())) + types +
-                            names;
-    return bigEndian(std::uint32_t{16}) + bigEndian(static_cast<std::uint32_t>(16 + data.size())) +
-           bigEndian(static_cast<std::uint32_t>(data.size())) +
-           bigEndian(static_cast<std::uint32_t>(map.size())) + data + map;
+    const std::size_t mapSize = 28 + types.size() + names.size();
+    // Room for the system and for applications lies between the header and the data.
+    const std::string header = bigEndian(std::uint32_t{256}) +
+                               bigEndian(static_cast<std::uint32_t>(256 + data.size())) +
+                               bigEndian(static_cast<std::uint32_t>(data.size())) +
+                               bigEndian(static_cast<std::uint32_t>(mapSize));
+    // The map starts with a copy of the header.
+    return header + std::string(240, '\0') + data + header + std::string(8, '\0') +
+           bigEndian(std::uint16_t{28}) + bigEndian(static_cast<std::uint16_t>(28 + types.size())) +
+           types + names;
 }
 
 inline std::string trailerOf(const Parts& parts, std::uint64_t dataOffset,
