@@ -11,8 +11,8 @@
 
 int main(int argc, char* argv[]) {
     const std::map<std::string, udif::Kind> kinds{
-        {"raw", udif::Kind::raw},     {"zlib", udif::Kind::zlib}, {"bzip2", udif::Kind::bzip2},
-        {"lzma", udif::Kind::lzma},   {"adc", udif::Kind::adc},   
+        {"raw", udif::Kind::raw},   {"zlib", udif::Kind::zlib}, {"bzip2", udif::Kind::bzip2},
+        {"lzma", udif::Kind::lzma}, {"adc", udif::Kind::adc},
     };
     if (argc < 4 || !kinds.contains(argv[3])) {
         std::fputs("Usage: make_udif DISK IMAGE KIND [TABLES]\n", stderr);

@@ -30,9 +30,8 @@ PropertyList printed(const Entities& entities) {
 
 bool isStillThere(const AttachRecord& record) {
     return std::ranges::all_of(record.volumes, [](const MountedVolume& volume) {
-        return volume.method == MountMethod::copy
-                   ? FileManager::fileExistsAtPath(volume.mountPoint)
-                   : isMountPoint(volume.mountPoint);
+        return volume.method == MountMethod::copy ? FileManager::fileExistsAtPath(volume.mountPoint)
+                                                  : isMountPoint(volume.mountPoint);
     });
 }
 

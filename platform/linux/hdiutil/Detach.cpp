@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/linux/hdiutil/Attach.h"
-
 #include "platform/FileManager.h"
 #include "platform/Format.h"
 #include "platform/PathString.h"
+#include "platform/linux/hdiutil/Attach.h"
 #include "platform/linux/hdiutil/AttachRecord.h"
 #include "platform/linux/hdiutil/Mounting.h"
 #include "platform/linux/hdiutil/Undo.h"

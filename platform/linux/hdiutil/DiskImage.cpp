@@ -66,7 +66,8 @@ Opened openUdif(DiskImage image, UdifImage udif) {
 }
 
 Opened openRaw(DiskImage image) {
-    image = withDisk(std::move(image), image.file);
+    auto disk = image.file;
+    image = withDisk(std::move(image), std::move(disk));
     if (readOpticalFeatures(*image.disk)) {
         image.kind = Kind::optical;
         return image;
@@ -129,18 +130,12 @@ Opened openDiskImage(const std::string& path) {
 
 FormatNames formatNamesOf(const DiskImage& image) {
     switch (image.kind) {
-    case Kind::udif:
-        return udifNames(*image.udif);
-    case Kind::encrypted:
-        return {"UDRO", "UDIF read-only", "CEncryptedEncoding"};
-    case Kind::sparseImage:
-        return {"UDSP", "sparse disk image", "CSparseDiskImage"};
-    case Kind::sparseBundle:
-        return {"UDSB", "sparse bundle disk image", "CSparseBundleDiskImage"};
-    case Kind::optical:
-        return {"UDTO", "DVD/CD-R master", "CRawDiskImage"};
-    case Kind::raw:
-        break;
+    case Kind::udif: return udifNames(*image.udif);
+    case Kind::encrypted: return {"UDRO", "UDIF read-only", "CEncryptedEncoding"};
+    case Kind::sparseImage: return {"UDSP", "sparse disk image", "CSparseDiskImage"};
+    case Kind::sparseBundle: return {"UDSB", "sparse bundle disk image", "CSparseBundleDiskImage"};
+    case Kind::optical: return {"UDTO", "DVD/CD-R master", "CRawDiskImage"};
+    case Kind::raw: break;
     }
     return {"UDRW", "raw read/write", "CRawDiskImage"};
 }

@@ -95,14 +95,10 @@ PropertyList properties(const DiskImage& image) {
 
 std::string_view schemeName(PartitionMap::Scheme scheme) {
     switch (scheme) {
-    case PartitionMap::Scheme::gpt:
-        return "GUID";
-    case PartitionMap::Scheme::mbr:
-        return "fdisk";
-    case PartitionMap::Scheme::apple:
-        return "Apple";
-    case PartitionMap::Scheme::none:
-        break;
+    case PartitionMap::Scheme::gpt: return "GUID";
+    case PartitionMap::Scheme::mbr: return "fdisk";
+    case PartitionMap::Scheme::apple: return "Apple";
+    case PartitionMap::Scheme::none: break;
     }
     return "none";
 }

@@ -83,8 +83,7 @@ std::optional<Mounted> mountByFuse(const VolumeInFile& volume, const std::string
     if (!volume.isWholeFile) {
         options.append(",offset=").append(std::to_string(volume.offset));
     }
-    const bool isRun =
-        run(std::string(program->program), {volume.file, mountPoint, "-o", options});
+    const bool isRun = run(std::string(program->program), {volume.file, mountPoint, "-o", options});
     if (!isRun || !isMountPoint(mountPoint)) {
         return std::nullopt;
     }
@@ -158,8 +157,7 @@ std::optional<Mounted> mountVolume(const VolumeInFile& volume, const std::string
 bool isMountPoint(const std::string& path) {
     struct stat status {};
     struct stat parent {};
-    return ::lstat(path.c_str(), &status) == 0 &&
-           ::lstat((path + "/..").c_str(), &parent) == 0 &&
+    return ::lstat(path.c_str(), &status) == 0 && ::lstat((path + "/..").c_str(), &parent) == 0 &&
            (status.st_dev != parent.st_dev || status.st_ino == parent.st_ino);
 }
 

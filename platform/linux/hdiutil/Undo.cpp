@@ -4,6 +4,7 @@
 #include "platform/linux/hdiutil/Mounting.h"
 
 #include <cerrno>
+#include <cstddef>
 
 #include <unistd.h>
 
@@ -12,8 +13,8 @@ namespace platform::hdiutil {
 bool undo(const AttachRecord& record, const AttachRecords& records) {
     bool isUndone = true;
     int error = 0;
-    for (auto volume = record.volumes.rbegin(); volume != record.volumes.rend(); ++volume) {
-        if (!unmountVolume(*volume)) {
+    for (std::size_t left = record.volumes.size(); left > 0; --left) {
+        if (!unmountVolume(record.volumes[left - 1])) {
             error = errno;
             isUndone = false;
         }

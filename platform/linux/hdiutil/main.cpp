@@ -39,8 +39,8 @@ int usage() {
 
 int print(const std::string& verb, const PropertyList& list) {
     const platform::Data text = list.serialized(PropertyList::Format::xml);
-    const bool isWritten = std::fwrite(text.data(), 1, text.size(), stdout) == text.size() &&
-                           std::fflush(stdout) == 0;
+    const bool isWritten =
+        std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
     return isWritten ? 0 : fail(verb, "the output could not be written");
 }
 
