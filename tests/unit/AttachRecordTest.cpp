@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/hdiutil/AttachRecord.h"
 
+#include "platform/linux/Utf8.h"
 #include "platform/linux/hdiutil/WorkFolders.h"
 
 #include <gtest/gtest.h>
@@ -63,6 +64,9 @@ TEST(FolderName, IsNeverThatOfAnotherFolder) {
         EXPECT_EQ(folderNameForLabel(label), "Untitled");
     }
     EXPECT_EQ(folderNameForLabel("../.."), "..:..");
+    EXPECT_EQ(folderNameForLabel("\xEF\xBF\xBE"), "\uFFFD");
+    EXPECT_LT(folderNameForLabel(std::string(5000, '\xFF')).size(), 256U);
+    EXPECT_TRUE(platform::isUTF8(folderNameForLabel(std::string(1, 'x').append(5000, '\xFF'))));
     EXPECT_LT(folderNameForLabel(std::string(5000, 'x')).size(), 256U);
 }
 

@@ -2,11 +2,11 @@
 #include "platform/linux/hdiutil/Attach.h"
 
 #include "platform/FileManager.h"
-#include "platform/linux/Utf8.h"
 #include "platform/linux/hdiutil/AttachRecord.h"
 #include "platform/linux/hdiutil/DiskFile.h"
 #include "platform/linux/hdiutil/DiskImage.h"
 #include "platform/linux/hdiutil/Mounting.h"
+#include "platform/linux/hdiutil/PropertyText.h"
 #include "platform/linux/hdiutil/Undo.h"
 #include "platform/linux/hdiutil/WorkFolders.h"
 
@@ -103,7 +103,7 @@ private:
         const bool isMountable = volume && volume->isFileSystem;
         PropertyList::Dictionary entity;
         entity.emplace("content-hint", contentHint(part, volume));
-        entity.emplace("dev-entry", replacingInvalidUTF8(diskFile));
+        entity.emplace("dev-entry", propertyText(diskFile));
         entity.emplace("potentially-mountable", isMountable);
         if (isMountable) {
             entity.emplace("volume-kind", volumeKind(*volume));
@@ -114,7 +114,7 @@ private:
 
     static PropertyList contentHint(const Partition& part, const std::optional<Volume>& volume) {
         if (!part.hint.empty()) {
-            return replacingInvalidUTF8(part.hint);
+            return propertyText(part.hint);
         }
         return volume ? volumeKind(*volume) : std::string();
     }
@@ -142,8 +142,8 @@ private:
             return;
         }
         record.volumes.back().method = mounted->method;
-        entity.insert_or_assign("dev-entry", replacingInvalidUTF8(mounted->device));
-        entity.emplace("mount-point", replacingInvalidUTF8(*folder));
+        entity.insert_or_assign("dev-entry", propertyText(mounted->device));
+        entity.emplace("mount-point", propertyText(*folder));
     }
 
     const AttachRecords& records;

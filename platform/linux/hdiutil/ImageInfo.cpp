@@ -3,7 +3,7 @@
 
 #include "platform/FileURL.h"
 #include "platform/PathString.h"
-#include "platform/linux/Utf8.h"
+#include "platform/linux/hdiutil/PropertyText.h"
 #include "platform/linux/hdiutil/VolumeProbe.h"
 
 #include <cstdint>
@@ -26,9 +26,9 @@ PropertyList flag(bool value) {
     return value;
 }
 
-// Texts of property lists are UTF-8 without NUL; names of files and volumes need not be.
+// Names of files and volumes may hold anything.
 PropertyList text(std::string_view value) {
-    return replacingInvalidUTF8(value.substr(0, value.find('\0')));
+    return propertyText(value);
 }
 
 bool isCompressed(const DiskImage& image) {

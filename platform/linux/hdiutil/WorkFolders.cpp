@@ -4,6 +4,7 @@
 #include "platform/FileManager.h"
 #include "platform/linux/Environment.h"
 #include "platform/linux/Utf8.h"
+#include "platform/linux/hdiutil/PropertyText.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -66,6 +67,16 @@ std::optional<std::string> cacheFolder() {
     return privateFolder(folder, "quillmere");
 }
 
+// Leaves room for a number within the 255 bytes that file systems allow.
+std::string cutToFit(std::string name) {
+    constexpr std::size_t longest = 240;
+    name.resize(std::min(name.size(), longest));
+    while (!isUTF8(name)) {
+        name.pop_back();
+    }
+    return name;
+}
+
 bool isControl(char c) {
     const auto byte = static_cast<unsigned char>(c);
     return byte < 0x20 || byte == 0x7F;
@@ -106,9 +117,10 @@ bool makeMountPoint(const std::string& path) {
 }
 
 std::string folderNameForLabel(std::string_view label) {
-    constexpr std::size_t longest = 200; // bytes; file systems end at 255
-    std::string name = replacingInvalidUTF8(label.substr(0, longest));
+    std::string name(label);
     std::erase_if(name, isControl);
+    // The path must be the same in a property list.
+    name = cutToFit(propertyText(name));
     std::ranges::replace(name, '/', ':');
     if (name.empty() || name == "." || name == "..") {
         return "Untitled";

@@ -7,6 +7,7 @@
 #include "platform/linux/hdiutil/Attach.h"
 #include "platform/linux/hdiutil/ImageInfo.h"
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -77,6 +78,8 @@ int run(const Words& words) {
 
 int main(int argc, char* argv[]) {
     platform::StandardStreams::reserveClosedStreams();
+    // A file that may not grow further is a failure like others, after which there is much to undo.
+    static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
     try {
         return run(Words(argv + (argc > 0 ? 1 : 0), argv + argc));
     } catch (const std::exception& error) {
