@@ -34,3 +34,8 @@ pkg_check_modules(DEFLATE REQUIRED IMPORTED_TARGET libdeflate)
 
 # Loaded while the program runs, so only its headers are needed here.
 find_path(QM_SD_BUS_INCLUDE_DIR systemd/sd-bus.h REQUIRED)
+
+# Test images are written with another library than they are read with.
+if(QM_BUILD_TESTS OR QM_BUILD_BENCH)
+  find_package(ZLIB REQUIRED)
+endif()
