@@ -8,12 +8,13 @@
 #   make install PREFIX=/usr     install what was built
 #   make format                  let clang-format rewrite the sources
 #   make fuzz                    fuzz every target for a minute
+#   make tidy                    clang-tidy with all of its checks
 
 ARGS ?= info README.md
 PREFIX ?= /usr/local
 BUILD := build/release
 
-.PHONY: all build run test bench fuzz install format clean
+.PHONY: all build run test bench fuzz tidy install format clean
 
 all: build
 
@@ -42,6 +43,12 @@ fuzz:
 	cmake --preset fuzz
 	cmake --build --preset fuzz
 	fuzz/run build/fuzz 60
+
+tidy:
+	@packaging/install-packages build test check
+	cmake --preset tidy
+	cmake --build --preset tidy --target qm_uniform_types_generated
+	run-clang-tidy -quiet -p build/tidy '^$(CURDIR)/(cli|model|services|foundation|platform)/'
 
 install: build
 	cmake --install $(BUILD) --prefix $(PREFIX)

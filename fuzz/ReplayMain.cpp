@@ -14,7 +14,7 @@ namespace {
 
 using Input = std::vector<std::uint8_t>;
 
-constexpr int mutationsPerSeed = 2000;
+constexpr int mutationsPerSeed = 500;
 constexpr std::size_t maximumSize = 4096;
 
 void run(const Input& input) {

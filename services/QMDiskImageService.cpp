@@ -35,8 +35,15 @@ bool QMDiskImageService::isMountableDiskImage(std::string_view path) {
     return qm_hasMountableDiskImageExtension(path);
 }
 
+// The functions and not std::atomic<std::shared_ptr>, whose reading in version 12 of the library
+// races with its writing.
+QMDiskImageService::MountedImages QMDiskImageService::mountedImages() const {
+    return *std::atomic_load(&m_mountedImages);
+}
+
 void QMDiskImageService::setMountedImages(MountedImages images) {
-    m_mountedImages.store(std::make_shared<const MountedImages>(std::move(images)));
+    std::atomic_store(&m_mountedImages,
+                      Images(std::make_shared<const MountedImages>(std::move(images))));
 }
 
 std::optional<PropertyList::Dictionary>

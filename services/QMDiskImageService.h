@@ -6,7 +6,6 @@
 #include "platform/FileURL.h"
 #include "platform/PropertyList.h"
 
-#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -63,7 +62,7 @@ public:
     /// and the images' paths as they were given. Not compared with what is really mounted. Changes
     /// that are made at the same moment can undo one another.
     using MountedImages = std::map<std::string, std::string, std::less<>>;
-    [[nodiscard]] MountedImages mountedImages() const { return *m_mountedImages.load(); }
+    [[nodiscard]] MountedImages mountedImages() const;
     void setMountedImages(MountedImages images);
 
     /// Gets the mount point, or the error.
@@ -111,5 +110,5 @@ private:
                           const UnmountCompletion& completion);
 
     Settings m_settings;
-    std::atomic<Images> m_mountedImages;
+    Images m_mountedImages; ///< only through std::atomic_load and std::atomic_store
 };

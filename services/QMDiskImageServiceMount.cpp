@@ -10,6 +10,7 @@
 #include "platform/Text.h"
 #include "services/QMDiskImageService.h"
 
+#include <atomic>
 #include <semaphore>
 #include <utility>
 
