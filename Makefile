@@ -51,6 +51,7 @@ tidy:
 	run-clang-tidy -quiet -p build/tidy '^$(CURDIR)/(cli|model|services|foundation|platform)/'
 
 install: build
+	@cmake --build --preset release --target quillmere-hdiutil >&2
 	cmake --install $(BUILD) --prefix $(PREFIX)
 
 format:
