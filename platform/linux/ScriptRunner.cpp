@@ -2,7 +2,7 @@
 #include "platform/ScriptRunner.h"
 
 #include "platform/Format.h"
-#include "platform/linux/SessionBus.h"
+#include "platform/linux/MessageBus.h"
 #include "platform/linux/Utf8.h"
 
 #include <algorithm>
@@ -13,7 +13,7 @@
 namespace platform::ScriptRunner {
 namespace {
 
-using Result = std::variant<BusReply, SessionBus::TimedOut, SessionBus::Unreachable>;
+using Result = std::variant<BusReply, MessageBus::TimedOut, MessageBus::Unreachable>;
 
 constexpr std::chrono::seconds timeout{25};
 
@@ -63,7 +63,7 @@ bool isPlainText(const Result& result) {
 }
 
 // Calls whoever has the name now, so that only that one can answer.
-Result send(BusCall call, SessionBus& bus, SessionBus::Deadline deadline) {
+Result send(BusCall call, MessageBus& bus, MessageBus::Deadline deadline) {
     Result owner = bus.ownerOf(call.destination, deadline);
     if (!isPlainText(owner)) {
         return owner;
@@ -72,18 +72,18 @@ Result send(BusCall call, SessionBus& bus, SessionBus::Deadline deadline) {
     Result result = bus.call(call, deadline);
     // The bus says the same of one who left and of one who took longer than it allows.
     if (isNoReplyOfBus(result) && isPlainText(bus.ownerOf(call.destination, deadline))) {
-        return SessionBus::TimedOut{};
+        return MessageBus::TimedOut{};
     }
     return result;
 }
 
 Result send(BusCall call) {
     const auto deadline = std::chrono::steady_clock::now() + timeout;
-    auto bus = SessionBus::connect(deadline);
-    if (auto* unreachable = std::get_if<SessionBus::Unreachable>(&bus)) {
+    auto bus = MessageBus::connectToSession(deadline);
+    if (auto* unreachable = std::get_if<MessageBus::Unreachable>(&bus)) {
         return std::move(*unreachable);
     }
-    return send(std::move(call), std::get<SessionBus>(bus), deadline);
+    return send(std::move(call), std::get<MessageBus>(bus), deadline);
 }
 
 std::optional<Failure> failureIn(const BusReply& reply, const std::string& application) {
@@ -110,7 +110,7 @@ std::optional<Failure> run(const std::string& application, const std::string& so
     if (const auto* reply = std::get_if<BusReply>(&result)) {
         return failureIn(*reply, application);
     }
-    if (const auto* unreachable = std::get_if<SessionBus::Unreachable>(&result)) {
+    if (const auto* unreachable = std::get_if<MessageBus::Unreachable>(&result)) {
         return Failure{format("Cannot connect to the session bus: {}", unreachable->reason)};
     }
     return Failure{format("{} did not answer", application)};

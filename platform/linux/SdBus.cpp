@@ -41,6 +41,7 @@ std::variant<SdBus, std::string> loaded() {
     Library library("libsystemd.so.0");
     SdBus bus{};
     library.find(bus.openUser, "sd_bus_open_user");
+    library.find(bus.openSystem, "sd_bus_open_system");
     library.find(bus.closeUnref, "sd_bus_close_unref");
     library.find(bus.isReady, "sd_bus_is_ready");
     library.find(bus.getFd, "sd_bus_get_fd");
@@ -53,6 +54,7 @@ std::variant<SdBus, std::string> loaded() {
     library.find(bus.messageOpenContainer, "sd_bus_message_open_container");
     library.find(bus.messageCloseContainer, "sd_bus_message_close_container");
     library.find(bus.messageAppendStringSpace, "sd_bus_message_append_string_space");
+    library.find(bus.messageAppendBasic, "sd_bus_message_append_basic");
     library.find(bus.messageAppendArray, "sd_bus_message_append_array");
     library.find(bus.messageIsMethodCall, "sd_bus_message_is_method_call");
     library.find(bus.messageReadBasic, "sd_bus_message_read_basic");

@@ -12,6 +12,7 @@ namespace platform {
 /// bus does not load libsystemd and the libraries behind it.
 struct SdBus {
     decltype(&::sd_bus_open_user) openUser;
+    decltype(&::sd_bus_open_system) openSystem;
     decltype(&::sd_bus_close_unref) closeUnref;
     decltype(&::sd_bus_is_ready) isReady;
     decltype(&::sd_bus_get_fd) getFd;
@@ -24,6 +25,7 @@ struct SdBus {
     decltype(&::sd_bus_message_open_container) messageOpenContainer;
     decltype(&::sd_bus_message_close_container) messageCloseContainer;
     decltype(&::sd_bus_message_append_string_space) messageAppendStringSpace;
+    decltype(&::sd_bus_message_append_basic) messageAppendBasic;
     decltype(&::sd_bus_message_append_array) messageAppendArray;
     decltype(&::sd_bus_message_is_method_call) messageIsMethodCall;
     decltype(&::sd_bus_message_read_basic) messageReadBasic;

@@ -5,7 +5,7 @@
 #include "platform/Format.h"
 #include "platform/linux/DesktopEntry.h"
 #include "platform/linux/DetachedProcess.h"
-#include "platform/linux/SessionBus.h"
+#include "platform/linux/MessageBus.h"
 #include "platform/linux/XdgFolders.h"
 
 namespace platform::Workspace {
@@ -36,14 +36,15 @@ std::optional<DesktopEntry> entryOf(const std::string& application) {
 }
 
 void activateThroughBus(const std::string& application) {
-    auto bus = SessionBus::connect(std::chrono::steady_clock::now() + connectTimeout);
-    if (auto* connected = std::get_if<SessionBus>(&bus)) {
+    auto bus = MessageBus::connectToSession(std::chrono::steady_clock::now() + connectTimeout);
+    if (auto* connected = std::get_if<MessageBus>(&bus)) {
         const bool isSent = connected->post({.destination = application,
                                              .path = objectPathForName(application),
                                              .interface = "org.freedesktop.Application",
                                              .member = "Activate",
                                              .startsDestination = true,
                                              .text = std::nullopt,
+                                             .descriptor = std::nullopt,
                                              .options = activationOptions()});
         if (isSent) {
             DetachedProcess::keepOpen(connected->descriptor(), startTimeout);

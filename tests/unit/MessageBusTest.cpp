@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/linux/SessionBus.h"
+#include "platform/linux/MessageBus.h"
 
 #include "tests/unit/support/EnvironmentVariable.h"
 
@@ -10,14 +10,14 @@
 namespace {
 
 using platform::activationOptions;
-using platform::SessionBus;
+using platform::MessageBus;
 
-TEST(SessionBus, PutsNamesIntoObjectPaths) {
+TEST(MessageBus, PutsNamesIntoObjectPaths) {
     EXPECT_EQ(platform::objectPathForName("org.example.Files"), "/org/example/Files");
     EXPECT_EQ(platform::objectPathForName("a.b_c.D1"), "/a/b_c/D1");
 }
 
-TEST(SessionBus, HandsOnOneActivationToken) {
+TEST(MessageBus, HandsOnOneActivationToken) {
     const EnvironmentVariable wayland("XDG_ACTIVATION_TOKEN", nullptr);
     const EnvironmentVariable x11("DESKTOP_STARTUP_ID", nullptr);
     EXPECT_TRUE(activationOptions().empty());
@@ -34,12 +34,12 @@ TEST(SessionBus, HandsOnOneActivationToken) {
     EXPECT_EQ(std::get<std::string>(activationOptions()[0].value), "two");
 }
 
-TEST(SessionBus, TellsWhyItCannotBeReached) {
+TEST(MessageBus, TellsWhyItCannotBeReached) {
     const EnvironmentVariable address("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere/bus");
     const auto bus =
-        SessionBus::connect(std::chrono::steady_clock::now() + std::chrono::seconds(10));
-    ASSERT_TRUE(std::holds_alternative<SessionBus::Unreachable>(bus));
-    EXPECT_EQ(std::get<SessionBus::Unreachable>(bus).reason, "No such file or directory");
+        MessageBus::connectToSession(std::chrono::steady_clock::now() + std::chrono::seconds(10));
+    ASSERT_TRUE(std::holds_alternative<MessageBus::Unreachable>(bus));
+    EXPECT_EQ(std::get<MessageBus::Unreachable>(bus).reason, "No such file or directory");
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,16 +16,16 @@ struct sd_bus;
 
 namespace platform {
 
-/// The value of an option: a text is sent as "s", bytes as "ay".
-using BusValue = std::variant<std::string, std::vector<std::byte>>;
+/// The value of an option: a text is sent as "s", bytes as "ay", a number as "t", a truth as "b".
+using BusValue = std::variant<std::string, std::vector<std::byte>, std::uint64_t, bool>;
 /// One entry of a dictionary "a{sv}".
 struct BusOption {
     std::string name;
     BusValue value;
 };
 
-/// A method call whose arguments are a text, options, or both: "s", "a{sv}" or "sa{sv}". Texts
-/// must be UTF-8 without NUL.
+/// A method call whose arguments are, in this order, those there are of: a text ("s"), an open
+/// descriptor ("h"), options ("a{sv}"). Texts must be UTF-8 without NUL.
 struct BusCall {
     std::string destination;
     std::string path;
@@ -32,12 +33,14 @@ struct BusCall {
     std::string member;
     bool startsDestination = false; ///< the bus may start the owner of the name
     std::optional<std::string> text;
+    std::optional<int> descriptor; ///< remains the caller's
     std::optional<std::vector<BusOption>> options;
 };
 
 /// What came back for a call.
 struct BusReply {
     bool isText = false;   ///< a plain answer of the signature "s"
+    bool isPath = false;   ///< a plain answer of the signature "o", which is in `text` then
     std::string errorName; ///< empty for a plain answer
     /// Of an answer or an error, where it has one that can be read: the library refuses
     /// noncharacters.
@@ -45,8 +48,8 @@ struct BusReply {
     bool isFromBus = false; ///< the bus answered in place of the owner
 };
 
-/// A connection to the session bus of its own. One thread at a time.
-class SessionBus {
+/// A connection to a bus of its own. One thread at a time.
+class MessageBus {
 public:
     using Deadline = std::chrono::steady_clock::time_point;
     /// There is no bus, or it is gone; for people.
@@ -55,9 +58,13 @@ public:
     };
     struct TimedOut {};
 
-    /// Connects and waits until the bus has accepted the connection, or until `deadline`; only the
-    /// name of a computer in the address, which nobody uses, may take the time it takes.
-    [[nodiscard]] static std::variant<SessionBus, Unreachable> connect(Deadline deadline);
+    /// Connects to the user's session and waits until the bus has accepted the connection, or until
+    /// `deadline`; only the name of a computer in the address, which nobody uses, may take the time
+    /// it takes.
+    [[nodiscard]] static std::variant<MessageBus, Unreachable> connectToSession(Deadline deadline);
+
+    /// Connects in the same way to the bus of the whole system.
+    [[nodiscard]] static std::variant<MessageBus, Unreachable> connectToSystem(Deadline deadline);
 
     /// Calls and waits for the reply. Where the destination is a connection (":1.7"), only that one
     /// and the bus can reply.
@@ -83,8 +90,12 @@ private:
     };
     using Connection = std::unique_ptr<sd_bus, Close>;
 
-    explicit SessionBus(Connection open)
+    explicit MessageBus(Connection open)
         : connection(std::move(open)) {}
+
+    using Opener = int (*)(sd_bus**);
+    [[nodiscard]] static std::variant<MessageBus, Unreachable> connect(Opener opener,
+                                                                       Deadline deadline);
 
     Connection connection;
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/linux/SessionBus.h"
+#include "platform/linux/MessageBus.h"
 
 #include "platform/linux/Environment.h"
 #include "platform/linux/SdBus.h"
@@ -15,7 +15,7 @@
 namespace platform {
 namespace {
 
-using Unreachable = SessionBus::Unreachable;
+using Unreachable = MessageBus::Unreachable;
 using Clock = std::chrono::steady_clock;
 
 const char* const busName = "org.freedesktop.DBus";
@@ -37,7 +37,7 @@ struct Unref {
 using Message = std::unique_ptr<sd_bus_message, Unref>;
 
 // Handles what has arrived, or waits for it. Answers a negative error, ETIMEDOUT at the deadline.
-int advance(sd_bus* connection, SessionBus::Deadline deadline, sd_bus_message** received) {
+int advance(sd_bus* connection, MessageBus::Deadline deadline, sd_bus_message** received) {
     const auto left =
         std::chrono::duration_cast<std::chrono::microseconds>(deadline - Clock::now()).count();
     if (left <= 0) {
@@ -67,6 +67,8 @@ public:
         }
     }
 
+    void descriptor(int value) { basic('h', &value); }
+
     void bytes(const std::vector<std::byte>& value) {
         note(status < 0 ? status
                         : bus().messageAppendArray(message, 'y', value.data(), value.size()));
@@ -90,11 +92,22 @@ private:
         if (const auto* characters = std::get_if<std::string>(&value)) {
             open('v', "s");
             text(*characters);
+        } else if (const auto* number = std::get_if<std::uint64_t>(&value)) {
+            open('v', "t");
+            basic('t', number);
+        } else if (const auto* truth = std::get_if<bool>(&value)) {
+            open('v', "b");
+            const int asNumber = *truth ? 1 : 0;
+            basic('b', &asNumber);
         } else {
             open('v', "ay");
             bytes(std::get<std::vector<std::byte>>(value));
         }
         close();
+    }
+
+    void basic(char type, const void* value) {
+        note(status < 0 ? status : bus().messageAppendBasic(message, type, value));
     }
 
     void open(char type, const char* contents) {
@@ -122,6 +135,9 @@ std::variant<std::uint64_t, Unreachable> send(sd_bus* connection, const BusCall&
         if (call.text) {
             writer.text(*call.text);
         }
+        if (call.descriptor) {
+            writer.descriptor(*call.descriptor);
+        }
         if (call.options) {
             writer.options(*call.options);
         }
@@ -142,9 +158,9 @@ std::string_view senderOf(sd_bus_message* message) {
     return sender == nullptr ? std::string_view() : sender;
 }
 
-std::optional<std::string> readText(sd_bus_message* message) {
+std::optional<std::string> readText(sd_bus_message* message, char type) {
     const char* text = nullptr;
-    if (bus().messageReadBasic(message, 's', static_cast<void*>(&text)) <= 0) {
+    if (bus().messageReadBasic(message, type, static_cast<void*>(&text)) <= 0) {
         return std::nullopt;
     }
     return text;
@@ -156,7 +172,10 @@ BusReply readReply(sd_bus_message* message) {
     const sd_bus_error* const error = bus().messageGetError(message);
     if (error == nullptr || error->name == nullptr) {
         reply.isText = bus().messageHasSignature(message, "s") > 0;
-        reply.text = reply.isText ? readText(message) : std::nullopt;
+        reply.isPath = bus().messageHasSignature(message, "o") > 0;
+        if (reply.isText || reply.isPath) {
+            reply.text = readText(message, reply.isText ? 's' : 'o');
+        }
         return reply;
     }
     reply.errorName = error->name;
@@ -187,12 +206,12 @@ void refuseCall(sd_bus_message* message) {
 }
 
 // A bus that has too many guests at its door is asked again.
-int open(sd_bus*& opened, SessionBus::Deadline deadline) {
+int open(int (*opener)(sd_bus**), sd_bus*& opened, MessageBus::Deadline deadline) {
     constexpr std::chrono::milliseconds pause{20};
-    int result = bus().openUser(&opened);
+    int result = opener(&opened);
     while (result == -EAGAIN && Clock::now() + pause < deadline) {
         std::this_thread::sleep_for(pause);
-        result = bus().openUser(&opened);
+        result = opener(&opened);
     }
     return result;
 }
@@ -206,31 +225,42 @@ Unreachable notThere(int negativeError) {
 
 } // namespace
 
-void SessionBus::Close::operator()(sd_bus* open) const {
+void MessageBus::Close::operator()(sd_bus* open) const {
     bus().closeUnref(open);
 }
 
-std::variant<SessionBus, Unreachable> SessionBus::connect(Deadline deadline) {
+std::variant<MessageBus, Unreachable> MessageBus::connectToSession(Deadline deadline) {
     if (const auto* reason = std::get_if<std::string>(&SdBus::load())) {
         return Unreachable{*reason};
     }
     if (isSetButEmpty("DBUS_SESSION_BUS_ADDRESS")) {
         return Unreachable{"DBUS_SESSION_BUS_ADDRESS is empty"};
     }
+    return connect(bus().openUser, deadline);
+}
+
+std::variant<MessageBus, Unreachable> MessageBus::connectToSystem(Deadline deadline) {
+    if (const auto* reason = std::get_if<std::string>(&SdBus::load())) {
+        return Unreachable{*reason};
+    }
+    return connect(bus().openSystem, deadline);
+}
+
+std::variant<MessageBus, Unreachable> MessageBus::connect(Opener opener, Deadline deadline) {
     sd_bus* opened = nullptr;
-    int result = open(opened, deadline);
+    int result = open(opener, opened, deadline);
     Connection connection(opened);
     while (result >= 0) {
         const int ready = bus().isReady(opened);
         if (ready > 0) {
-            return SessionBus(std::move(connection));
+            return MessageBus(std::move(connection));
         }
         result = ready < 0 ? ready : advance(opened, deadline, nullptr);
     }
     return notThere(result);
 }
 
-std::variant<BusReply, SessionBus::TimedOut, Unreachable> SessionBus::call(const BusCall& call,
+std::variant<BusReply, MessageBus::TimedOut, Unreachable> MessageBus::call(const BusCall& call,
                                                                            Deadline deadline) {
     const auto sent = send(connection.get(), call);
     if (const auto* failure = std::get_if<Unreachable>(&sent)) {
@@ -253,22 +283,23 @@ std::variant<BusReply, SessionBus::TimedOut, Unreachable> SessionBus::call(const
     return unreachable(result);
 }
 
-bool SessionBus::post(const BusCall& call) {
+bool MessageBus::post(const BusCall& call) {
     return std::holds_alternative<std::uint64_t>(send(connection.get(), call));
 }
 
-std::variant<BusReply, SessionBus::TimedOut, Unreachable>
-SessionBus::ownerOf(const std::string& name, Deadline deadline) {
+std::variant<BusReply, MessageBus::TimedOut, Unreachable>
+MessageBus::ownerOf(const std::string& name, Deadline deadline) {
     return call({.destination = busName,
                  .path = "/org/freedesktop/DBus",
                  .interface = busName,
                  .member = "GetNameOwner",
                  .text = name,
+                 .descriptor = std::nullopt,
                  .options = std::nullopt},
                 deadline);
 }
 
-int SessionBus::descriptor() const {
+int MessageBus::descriptor() const {
     return std::max(bus().getFd(connection.get()), -1);
 }
 
