@@ -66,6 +66,7 @@ std::optional<Mount> parseLine(std::string_view line) {
         // Options, and fields that newer kernels may add.
     }
     mount.type = nextField(line);
+    mount.source = unescaped(nextField(line));
     const bool isWhole = error == std::errc() && end == id.data() + id.size() &&
                          !mount.root.empty() && mount.mountPoint.starts_with('/') &&
                          mount.mountPoint.find('\0') == std::string::npos && !mount.type.empty();

@@ -15,6 +15,7 @@ struct Mount {
     std::string root;       ///< the folder of the file system that is mounted
     std::string mountPoint; ///< where
     std::string type;       ///< "ext4"
+    std::string source;     ///< what was mounted, mostly the path of a device
 
     friend bool operator==(const Mount&, const Mount&) = default;
 };

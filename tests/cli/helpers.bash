@@ -18,6 +18,8 @@ setup() {
 # Nothing of the machine or of the user may show in the output.
 pin_environment() {
     unset LANG LANGUAGE ${!LC_*} ${!XDG_*} CDPATH POSIXLY_CORRECT TIME_STYLE
+    # The disk service of the machine is nothing for tests.
+    export DBUS_SYSTEM_BUS_ADDRESS=unix:path=/nonexistent/bus
     export LC_ALL=C.UTF-8 TZ=UTC TERM=xterm
     export PATH="/usr/bin:/bin:$PATH"
     export HOME="$BATS_TEST_TMPDIR/home"

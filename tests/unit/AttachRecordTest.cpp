@@ -18,7 +18,8 @@ AttachRecord record() {
             "/cache/1.disk",
             {{"/run/x/A", MountMethod::kernel},
              {"/run/x/\xFF", MountMethod::fuse},
-             {"/run/x/C", MountMethod::copy}},
+             {"/run/x/C", MountMethod::copy},
+             {"/media/x/D", MountMethod::service, {"/dev/loop3", "/a/\xFF", 4096}}},
             {PropertyList(PropertyList::Dictionary{{"dev-entry", "/dev/loop3"}})},
             true};
 }
@@ -47,6 +48,18 @@ TEST(AttachRecord, IsNotReadFromAnythingElse) {
     PropertyList::Dictionary strange = *list.dictionary();
     strange.insert_or_assign("volumes", PropertyList::Array{PropertyList("x")});
     EXPECT_EQ(AttachRecord::fromPropertyList(strange), std::nullopt);
+}
+
+TEST(AttachRecord, NeedsAllOfADeviceOfTheService) {
+    const PropertyList list = record().asPropertyList();
+    const PropertyList volume = list.valueForKey("volumes")->array()->back();
+    for (const char* const key : {"device", "file", "offset"}) {
+        PropertyList::Dictionary lacking = *volume.dictionary();
+        lacking.insert_or_assign(key, PropertyList(std::int64_t{-1}));
+        PropertyList::Dictionary changed = *list.dictionary();
+        changed.insert_or_assign("volumes", PropertyList::Array{lacking});
+        EXPECT_EQ(AttachRecord::fromPropertyList(changed), std::nullopt) << key;
+    }
 }
 
 TEST(FolderName, IsThatOfTheLabel) {

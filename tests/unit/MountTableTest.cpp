@@ -21,16 +21,16 @@ std::vector<std::string> pointsOf(const std::vector<Mount>& mounts) {
 }
 
 Mount mount(const char* device, const char* root, const char* point, const char* type = "ext4") {
-    return {1, device, root, point, type};
+    return {1, device, root, point, type, device};
 }
 
 TEST(MountTable, ReadsTheKernelsLines) {
     EXPECT_EQ(parse("22 1 8:1 / / rw,noatime shared:1 - ext4 /dev/sda1 rw\n"
                     "36 35 98:0 /mnt1 /mnt2 rw master:1 propagate_from:2 - ext3 /dev/root rw\n"
                     "40 22 0:30 / /run rw - tmpfs tmpfs rw"),
-              (std::vector<Mount>{{22, "8:1", "/", "/", "ext4"},
-                                  {36, "98:0", "/mnt1", "/mnt2", "ext3"},
-                                  {40, "0:30", "/", "/run", "tmpfs"}}));
+              (std::vector<Mount>{{22, "8:1", "/", "/", "ext4", "/dev/sda1"},
+                                  {36, "98:0", "/mnt1", "/mnt2", "ext3", "/dev/root"},
+                                  {40, "0:30", "/", "/run", "tmpfs", "tmpfs"}}));
 }
 
 TEST(MountTable, UndoesEscapes) {

@@ -119,11 +119,11 @@ TEST_F(TagSearch, WhatVanishesMeanwhileIsNoHindrance) {
     churn.join();
 }
 
-const platform::MountTable::Mount root{1, "8:1", "/", "/", "ext4"};
-const platform::MountTable::Mount networkRoot{1, "0:9", "/", "/", "nfs4"};
-const platform::MountTable::Mount processes{2, "0:5", "/", "/proc", "proc"};
-const platform::MountTable::Mount data{3, "8:2", "/", "/data", "xfs"};
-const platform::MountTable::Mount hidden{4, "8:3", "/", "/data/below", "xfs"};
+const platform::MountTable::Mount root{1, "8:1", "/", "/", "ext4", "/dev/a"};
+const platform::MountTable::Mount networkRoot{1, "0:9", "/", "/", "nfs4", "x:/"};
+const platform::MountTable::Mount processes{2, "0:5", "/", "/proc", "proc", "proc"};
+const platform::MountTable::Mount data{3, "8:2", "/", "/data", "xfs", "/dev/b"};
+const platform::MountTable::Mount hidden{4, "8:3", "/", "/data/below", "xfs", "/dev/c"};
 
 TEST(SearchScope, HoldsLocalMountsAndStopsAtAllOthers) {
     const auto scope = platform::scopeOf({root, processes, data, hidden}, {root, processes, data});

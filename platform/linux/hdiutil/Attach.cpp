@@ -28,13 +28,6 @@ PropertyList printed(const Entities& entities) {
     return PropertyList::Dictionary{{"system-entities", entities}};
 }
 
-bool isStillThere(const AttachRecord& record) {
-    return std::ranges::all_of(record.volumes, [](const MountedVolume& volume) {
-        return volume.method == MountMethod::copy ? FileManager::fileExistsAtPath(volume.mountPoint)
-                                                  : isMountPoint(volume.mountPoint);
-    });
-}
-
 /// Attaches one image, and undoes what it has made unless all of it succeeded.
 class Attachment {
 public:
@@ -122,28 +115,53 @@ private:
     // Adds what came of it to the entity.
     void mount(const Volume& volume, const Partition& part, std::uint64_t length,
                PropertyList::Dictionary& entity) {
-        const auto folder = WorkFolders::freeMountPoint(volume.label);
+        const VolumeInFile source{.file = diskFile,
+                                  .offset = part.firstByte,
+                                  .length = length,
+                                  .isWholeFile = length == image.disk->size(),
+                                  .isReadOnly = isReadOnly,
+                                  .volume = volume};
+        const auto device = mountByService(source);
+        if (const auto mounted = device ? device : mountHere(source)) {
+            entity.insert_or_assign("dev-entry", propertyText(*mounted));
+            entity.emplace("mount-point", propertyText(record.volumes.back().mountPoint));
+        }
+    }
+
+    // Answers the device.
+    std::optional<std::string> mountByService(const VolumeInFile& source) {
+        record.volumes.push_back({.mountPoint = {},
+                                  .method = MountMethod::service,
+                                  .device = {{}, source.file, source.offset}});
+        const auto note = [this] { return records.store(record); };
+        if (note() && hdiutil::mountByService(source, record.volumes.back(), note)) {
+            return record.volumes.back().device.path;
+        }
+        takeBackLastVolume();
+        return std::nullopt;
+    }
+
+    // In a folder of ours. Answers the device, or the file where there is none.
+    std::optional<std::string> mountHere(const VolumeInFile& source) {
+        const auto folder = WorkFolders::freeMountPoint(source.volume.label);
         if (!folder) {
-            return;
+            return std::nullopt;
         }
         record.volumes.push_back({*folder, MountMethod::kernel});
         const auto mounted = records.store(record) && WorkFolders::makeMountPoint(*folder)
-                                 ? mountVolume({.file = diskFile,
-                                                .offset = part.firstByte,
-                                                .length = length,
-                                                .isWholeFile = length == image.disk->size(),
-                                                .isReadOnly = isReadOnly,
-                                                .volume = volume},
-                                               *folder)
+                                 ? mountVolume(source, *folder)
                                  : std::nullopt;
         if (!mounted) {
-            static_cast<void>(unmountVolume(record.volumes.back()));
-            record.volumes.pop_back();
-            return;
+            takeBackLastVolume();
+            return std::nullopt;
         }
         record.volumes.back().method = mounted->method;
-        entity.insert_or_assign("dev-entry", propertyText(mounted->device));
-        entity.emplace("mount-point", propertyText(*folder));
+        return mounted->device;
+    }
+
+    void takeBackLastVolume() {
+        static_cast<void>(unmountVolume(record.volumes.back()));
+        record.volumes.pop_back();
     }
 
     const AttachRecords& records;
@@ -157,7 +175,7 @@ private:
 std::optional<AttachRecord> takeStock(const AttachRecords& records, const std::string& image) {
     std::optional<AttachRecord> attached;
     for (const AttachRecord& record : records.all()) {
-        if (!record.isComplete || !isStillThere(record)) {
+        if (!record.isComplete || !std::ranges::all_of(record.volumes, isThere)) {
             undo(record, records);
         } else if (record.image == image) {
             attached = record;

@@ -7,6 +7,7 @@
 #include "platform/Format.h"
 #include "platform/linux/hdiutil/WorkFolders.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <filesystem>
@@ -23,7 +24,7 @@ namespace {
 
 constexpr std::size_t maximumSize = std::size_t{1} << 20;
 constexpr mode_t privateMode = 0600;
-constexpr std::array<std::string_view, 3> methodNames{"kernel", "fuse", "copy"};
+constexpr std::array<std::string_view, 4> methodNames{"kernel", "fuse", "copy", "service"};
 
 // Paths are bytes, which texts of property lists are not.
 PropertyList bytes(const std::string& path) {
@@ -46,18 +47,52 @@ const PropertyList::Array* arrayIn(const PropertyList& list, std::string_view ke
     return value == nullptr ? nullptr : value->array();
 }
 
-std::optional<MountedVolume> volumeFrom(const PropertyList& list) {
-    const auto mountPoint = pathIn(list, "mount-point");
+std::optional<MountMethod> methodIn(const PropertyList& list) {
     const PropertyList* const method = list.valueForKey("method");
-    if (!mountPoint || method == nullptr || method->string() == nullptr) {
+    const std::string* const name = method == nullptr ? nullptr : method->string();
+    const auto* const found =
+        name == nullptr ? methodNames.end() : std::ranges::find(methodNames, *name);
+    return found == methodNames.end()
+               ? std::nullopt
+               : std::optional(static_cast<MountMethod>(found - methodNames.begin()));
+}
+
+std::optional<ServiceDevice> deviceFrom(const PropertyList& list) {
+    const auto path = pathIn(list, "device");
+    const auto file = pathIn(list, "file");
+    const PropertyList* const value = list.valueForKey("offset");
+    const auto* const offset =
+        value == nullptr ? nullptr : std::get_if<std::int64_t>(&value->value());
+    if (!path || !file || offset == nullptr || *offset < 0) {
         return std::nullopt;
     }
-    for (std::size_t i = 0; i < methodNames.size(); ++i) {
-        if (*method->string() == methodNames.at(i)) {
-            return MountedVolume{*mountPoint, static_cast<MountMethod>(i)};
-        }
+    return ServiceDevice{*path, *file, static_cast<std::uint64_t>(*offset)};
+}
+
+std::optional<MountedVolume> volumeFrom(const PropertyList& list) {
+    const auto mountPoint = pathIn(list, "mount-point");
+    const auto method = methodIn(list);
+    if (!mountPoint || !method) {
+        return std::nullopt;
     }
-    return std::nullopt;
+    if (*method != MountMethod::service) {
+        return MountedVolume{*mountPoint, *method};
+    }
+    auto device = deviceFrom(list);
+    return device ? std::optional(MountedVolume{*mountPoint, *method, *std::move(device)})
+                  : std::nullopt;
+}
+
+PropertyList asList(const MountedVolume& volume) {
+    PropertyList::Dictionary entry;
+    entry.emplace("mount-point", bytes(volume.mountPoint));
+    entry.emplace("method", std::string(methodNames.at(static_cast<std::size_t>(volume.method))));
+    if (volume.method == MountMethod::service) {
+        entry.emplace("device", bytes(volume.device.path));
+        entry.emplace("file", bytes(volume.device.file));
+        entry.emplace("offset", static_cast<std::int64_t>(volume.device.offset));
+    }
+    return entry;
 }
 
 // Names the file of the record of an image.
@@ -83,9 +118,7 @@ bool writeWholly(int descriptor, DataView data) {
 PropertyList AttachRecord::asPropertyList() const {
     PropertyList::Array list;
     for (const MountedVolume& volume : volumes) {
-        const auto method = methodNames.at(static_cast<std::size_t>(volume.method));
-        list.emplace_back(PropertyList::Dictionary{{"mount-point", bytes(volume.mountPoint)},
-                                                   {"method", std::string(method)}});
+        list.push_back(asList(volume));
     }
     return PropertyList::Dictionary{{"image", bytes(image)},
                                     {"expanded-disk", bytes(expandedDisk)},

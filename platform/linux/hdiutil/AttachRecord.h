@@ -3,19 +3,31 @@
 
 #include "platform/PropertyList.h"
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace platform::hdiutil {
 
-/// How a volume came to be where it is.
-enum class MountMethod { kernel, fuse, copy };
+/// How a volume came to be where it is: by this tool's own mount, by a FUSE program, as a copy of
+/// its files, or by the disk service of the system.
+enum class MountMethod { kernel, fuse, copy, service };
+
+/// A loop device that the disk service has made, or was asked for.
+struct ServiceDevice {
+    std::string path; ///< "/dev/loop7"; empty as long as it is not known
+    std::string file; ///< what it shows
+    std::uint64_t offset = 0;
+
+    friend bool operator==(const ServiceDevice&, const ServiceDevice&) = default;
+};
 
 /// A folder that shows a volume.
 struct MountedVolume {
-    std::string mountPoint;
+    std::string mountPoint; ///< empty as long as the disk service has not told it
     MountMethod method = MountMethod::kernel;
+    ServiceDevice device = {}; ///< for the method `service`
 
     friend bool operator==(const MountedVolume&, const MountedVolume&) = default;
 };

@@ -4,7 +4,9 @@
 #include "platform/PathString.h"
 #include "platform/linux/hdiutil/Attach.h"
 #include "platform/linux/hdiutil/AttachRecord.h"
+#include "platform/linux/hdiutil/LoopTable.h"
 #include "platform/linux/hdiutil/Mounting.h"
+#include "platform/linux/hdiutil/Udisks.h"
 #include "platform/linux/hdiutil/Undo.h"
 
 #include <algorithm>
@@ -60,6 +62,17 @@ bool isOnRemovableDevice(dev_t device) {
     return false;
 }
 
+// The disk service lets users unmount what it has mounted for them.
+bool unmountByService(const std::string& path) {
+    Udisks* const service = Udisks::shared();
+    const std::string device = LoopTable::deviceMountedAt(path);
+    if (service == nullptr || device.empty()) {
+        errno = EPERM;
+        return false;
+    }
+    return service->unmount(device);
+}
+
 std::optional<Failure> unmountForeign(const std::string& path) {
     struct stat status {};
     if (::lstat(path.c_str(), &status) != 0) {
@@ -71,7 +84,9 @@ std::optional<Failure> unmountForeign(const std::string& path) {
     if (!isOnRemovableDevice(status.st_dev)) {
         return Failure{"not on a disk image or a removable disk"};
     }
-    return ::umount2(path.c_str(), UMOUNT_NOFOLLOW) == 0 ? std::nullopt : systemFailure(errno);
+    const bool isUnmounted =
+        ::umount2(path.c_str(), UMOUNT_NOFOLLOW) == 0 || (errno == EPERM && unmountByService(path));
+    return isUnmounted ? std::nullopt : systemFailure(errno);
 }
 
 } // namespace

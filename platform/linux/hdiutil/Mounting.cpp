@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/hdiutil/Mounting.h"
 
+#include "platform/FileManager.h"
 #include "platform/Format.h"
 #include "platform/Task.h"
 #include "platform/linux/DetachedProcess.h"
 #include "platform/linux/hdiutil/LoopDevice.h"
+#include "platform/linux/hdiutil/LoopTable.h"
+#include "platform/linux/hdiutil/Udisks.h"
 
 #include <algorithm>
 #include <array>
@@ -143,7 +146,49 @@ bool removeCopy(const std::string& folder) {
     return !error;
 }
 
+// The user, or the desktop, may have unmounted the volume or taken the device away, and the number
+// of the device may be another image's by now.
+bool unmountByService(const MountedVolume& volume) {
+    const ServiceDevice& device = volume.device;
+    const auto devices = device.path.empty() ? LoopTable::unusedDevices(device.file, device.offset)
+                                             : std::vector{device.path};
+    return std::ranges::all_of(devices, [&device](const std::string& path) {
+        if (!LoopTable::shows(path, device.file, device.offset)) {
+            return true;
+        }
+        Udisks* const service = Udisks::shared();
+        if (service == nullptr) {
+            errno = ENOTCONN;
+            return false;
+        }
+        return (LoopTable::mountPointOf(path).empty() || service->unmount(path)) &&
+               (service->removeLoop(path) || !LoopTable::shows(path, device.file, device.offset));
+    });
+}
+
 } // namespace
+
+bool mountByService(const VolumeInFile& volume, MountedVolume& target,
+                    const std::function<bool()>& note) {
+    Udisks* const service = Udisks::shared();
+    if (service == nullptr) {
+        return false;
+    }
+    auto device = service->addLoop(volume.file, volume.offset, volume.length, volume.isReadOnly);
+    if (!device) {
+        return false;
+    }
+    target.device.path = *std::move(device);
+    if (!note()) {
+        return false;
+    }
+    auto mountPoint = service->mount(target.device.path);
+    if (!mountPoint) {
+        return false;
+    }
+    target.mountPoint = *std::move(mountPoint);
+    return isMountPoint(target.mountPoint);
+}
 
 std::optional<Mounted> mountVolume(const VolumeInFile& volume, const std::string& mountPoint) {
     for (const auto way : {mountByKernel, mountByFuse, mountByCopy}) {
@@ -161,6 +206,16 @@ bool isMountPoint(const std::string& path) {
            (status.st_dev != parent.st_dev || status.st_ino == parent.st_ino);
 }
 
+bool isThere(const MountedVolume& volume) {
+    switch (volume.method) {
+    case MountMethod::copy: return FileManager::fileExistsAtPath(volume.mountPoint);
+    case MountMethod::service:
+        return LoopTable::mountPointOf(volume.device.path) == volume.mountPoint &&
+               LoopTable::shows(volume.device.path, volume.device.file, volume.device.offset);
+    default: return isMountPoint(volume.mountPoint);
+    }
+}
+
 bool isBusy(const MountedVolume& volume) {
     // The first such call only marks the mount as not used since; it is refused where it is used.
     return volume.method != MountMethod::copy && isMountPoint(volume.mountPoint) &&
@@ -170,6 +225,9 @@ bool isBusy(const MountedVolume& volume) {
 bool unmountVolume(const MountedVolume& volume) {
     if (volume.method == MountMethod::copy) {
         return removeCopy(volume.mountPoint);
+    }
+    if (volume.method == MountMethod::service) {
+        return unmountByService(volume);
     }
     if (isMountPoint(volume.mountPoint) &&
         ::umount2(volume.mountPoint.c_str(), UMOUNT_NOFOLLOW) != 0 &&

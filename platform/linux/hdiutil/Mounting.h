@@ -5,6 +5,7 @@
 #include "platform/linux/hdiutil/VolumeProbe.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -32,8 +33,18 @@ struct Mounted {
 [[nodiscard]] std::optional<Mounted> mountVolume(const VolumeInFile& volume,
                                                  const std::string& mountPoint);
 
+/// Lets the disk service of the system mount a volume of the method `service`. What `target` tells
+/// of the device and the mount point becomes true on the way, and `note` is called for the device:
+/// when it answers false, nothing is mounted. Answers whether the volume is mounted; if not, what
+/// was made is for `unmountVolume`.
+[[nodiscard]] bool mountByService(const VolumeInFile& volume, MountedVolume& target,
+                                  const std::function<bool()>& note);
+
 /// Whether something is mounted at `path`.
 [[nodiscard]] bool isMountPoint(const std::string& path);
+
+/// Whether a volume is still where it was mounted.
+[[nodiscard]] bool isThere(const MountedVolume& volume);
 
 /// Whether a volume that is mounted at `path` is in use. False where nothing is mounted.
 [[nodiscard]] bool isBusy(const MountedVolume& volume);

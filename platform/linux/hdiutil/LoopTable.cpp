@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/hdiutil/LoopTable.h"
+
+#include "platform/Data.h"
+#include "platform/FileManager.h"
+#include "platform/linux/MountTable.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <string_view>
+
+namespace platform::hdiutil::LoopTable {
+namespace {
+
+constexpr std::string_view devicesFolder = "/dev/";
+constexpr const char* blockFolder = "/sys/block";
+constexpr std::size_t maximumLineSize = 8192;
+constexpr std::size_t maximumTableSize = std::size_t{16} << 20;
+
+std::string textAt(const std::string& path, std::size_t maximumSize) {
+    const auto data = FileManager::contentsAtPath(path, maximumSize).value_or(Data());
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
+    return {reinterpret_cast<const char*>(data.data()), data.size()};
+}
+
+// What a file of one line says; empty where there is none.
+std::string lineAt(const std::string& path) {
+    std::string line = textAt(path, maximumLineSize);
+    if (line.ends_with('\n')) {
+        line.pop_back();
+    }
+    return line;
+}
+
+std::vector<MountTable::Mount> mountTable() {
+    return MountTable::parse(textAt("/proc/self/mountinfo", maximumTableSize));
+}
+
+std::string folderOf(const std::string& device) {
+    std::string folder(blockFolder);
+    folder.push_back('/');
+    return folder.append(std::filesystem::path(device).filename().native());
+}
+
+} // namespace
+
+bool shows(const std::string& device, const std::string& file, std::uint64_t offset) {
+    const std::string loop = folderOf(device) + "/loop/";
+    return lineAt(loop + "backing_file") == file && lineAt(loop + "offset") == std::to_string(offset);
+}
+
+std::vector<std::string> unusedDevices(const std::string& file, std::uint64_t offset) {
+    std::vector<std::string> devices;
+    std::error_code error;
+    std::filesystem::directory_iterator entries(blockFolder, error);
+    for (; !error && entries != std::filesystem::directory_iterator(); entries.increment(error)) {
+        auto device = std::string(devicesFolder).append(entries->path().filename().native());
+        if (shows(device, file, offset) && mountPointOf(device).empty()) {
+            devices.push_back(std::move(device));
+        }
+    }
+    return devices;
+}
+
+// The last one is the one that is seen.
+std::string deviceMountedAt(const std::string& path) {
+    auto mounts = mountTable();
+    std::ranges::reverse(mounts);
+    const auto found = std::ranges::find(mounts, path, &MountTable::Mount::mountPoint);
+    return found != mounts.end() && found->source.starts_with(devicesFolder) ? found->source
+                                                                             : std::string();
+}
+
+// By name: file systems of several devices have numbers of their own.
+std::string mountPointOf(const std::string& device) {
+    const auto mounts = mountTable();
+    const auto found = std::ranges::find(mounts, device, &MountTable::Mount::source);
+    return found == mounts.end() ? std::string() : found->mountPoint;
+}
+
+} // namespace platform::hdiutil::LoopTable

@@ -1,0 +1,191 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/hdiutil/Udisks.h"
+
+#include "platform/linux/hdiutil/LoopTable.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <string_view>
+#include <thread>
+#include <variant>
+#include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace platform::hdiutil {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// A service that is only started by the call, and the probing of a slow disk, are in it.
+constexpr std::chrono::seconds patience{30};
+// A new device is probed before its file system is known to the service.
+constexpr std::chrono::seconds probingTime{3};
+constexpr std::chrono::milliseconds probingPause{25};
+
+// The reference of udisks2, "D-Bus API".
+constexpr std::string_view serviceName = "org.freedesktop.UDisks2";
+constexpr std::string_view managerPath = "/org/freedesktop/UDisks2/Manager";
+constexpr std::string_view managerInterface = "org.freedesktop.UDisks2.Manager";
+constexpr std::string_view loopInterface = "org.freedesktop.UDisks2.Loop";
+constexpr std::string_view fileSystemInterface = "org.freedesktop.UDisks2.Filesystem";
+constexpr std::string_view devicesPath = "/org/freedesktop/UDisks2/block_devices/";
+constexpr std::string_view devicesFolder = "/dev/";
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+bool isLetterOrDigit(char c) {
+    return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+// Object paths have letters, digits and "_" only; the service writes others as "_" and two
+// hexadecimal digits.
+std::string objectPathOf(std::string_view device) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string path(devicesPath);
+    device.remove_prefix(device.starts_with(devicesFolder) ? devicesFolder.size() : 0);
+    for (const char c : device) {
+        if (isLetterOrDigit(c)) {
+            path.push_back(c);
+        } else {
+            const auto byte = static_cast<unsigned char>(c);
+            path.append({'_', digits.at(byte >> 4U), digits.at(byte & 0xFU)});
+        }
+    }
+    return path;
+}
+
+// "/dev/loop7" for the object of a loop device, and only for one.
+std::optional<std::string> loopDeviceOf(std::string_view objectPath) {
+    if (!objectPath.starts_with(devicesPath)) {
+        return std::nullopt;
+    }
+    const std::string_view name = objectPath.substr(devicesPath.size());
+    constexpr std::string_view prefix = "loop";
+    if (!name.starts_with(prefix) || name.size() == prefix.size() ||
+        !std::ranges::all_of(name.substr(prefix.size()), isDigit)) {
+        return std::nullopt;
+    }
+    return std::string(devicesFolder).append(name);
+}
+
+bool isPlain(const BusReply& reply) {
+    return reply.errorName.empty();
+}
+
+void setErrno(const BusReply& reply) {
+    const std::string_view name = reply.errorName;
+    if (name.ends_with(".DeviceBusy")) {
+        errno = EBUSY;
+    } else if (name.find(".NotAuthorized") != std::string_view::npos) {
+        errno = EPERM;
+    } else if (name == "timeout") {
+        errno = ETIMEDOUT;
+    } else if (name == "unreachable" || name == "org.freedesktop.DBus.Error.ServiceUnknown") {
+        errno = ENOTCONN;
+    } else {
+        errno = EIO;
+    }
+}
+
+// Whether the service does not know yet what is on the device.
+bool isUnknown(const BusReply& reply) {
+    return reply.errorName == "org.freedesktop.DBus.Error.UnknownMethod" ||
+           reply.errorName == "org.freedesktop.DBus.Error.UnknownInterface" ||
+           reply.errorName == "org.freedesktop.DBus.Error.UnknownObject";
+}
+
+std::vector<BusOption> withoutQuestions() {
+    return {{"auth.no_user_interaction", true}};
+}
+
+} // namespace
+
+Udisks* Udisks::shared() {
+    static auto connection = MessageBus::connectToSystem(Clock::now() + patience);
+    static auto service = std::holds_alternative<MessageBus>(connection)
+                              ? std::optional(Udisks(std::get<MessageBus>(std::move(connection))))
+                              : std::nullopt;
+    return service ? &*service : nullptr;
+}
+
+std::optional<std::string> Udisks::addLoop(const std::string& file, std::uint64_t offset,
+                                           std::uint64_t length, bool isReadOnly) {
+    const int descriptor =
+        ::open(file.c_str(), (isReadOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC | O_NOCTTY);
+    if (descriptor < 0) {
+        return std::nullopt;
+    }
+    auto options = withoutQuestions();
+    options.push_back({"offset", offset});
+    options.push_back({"size", length});
+    options.push_back({"read-only", isReadOnly});
+    options.push_back({"no-part-scan", true});
+    const BusReply reply = call(std::string(managerPath), managerInterface, "LoopSetup", descriptor,
+                                std::move(options));
+    ::close(descriptor);
+    auto device = reply.isPath && reply.text ? loopDeviceOf(*reply.text) : std::nullopt;
+    if (!device) {
+        setErrno(reply);
+    }
+    return device;
+}
+
+bool Udisks::removeLoop(const std::string& device) {
+    const BusReply reply = callForDevice(device, loopInterface, "Delete");
+    setErrno(reply);
+    return isPlain(reply);
+}
+
+std::optional<std::string> Udisks::mount(const std::string& device) {
+    const auto deadline = Clock::now() + probingTime;
+    BusReply reply = callForDevice(device, fileSystemInterface, "Mount");
+    while (isUnknown(reply) && Clock::now() < deadline) {
+        std::this_thread::sleep_for(probingPause);
+        reply = callForDevice(device, fileSystemInterface, "Mount");
+    }
+    // A desktop may have mounted what has just come.
+    std::string mountPoint = reply.errorName.ends_with(".AlreadyMounted")
+                                 ? LoopTable::mountPointOf(device)
+                                 : reply.isText ? reply.text.value_or(std::string()) : std::string();
+    if (!mountPoint.starts_with('/')) {
+        setErrno(reply);
+        return std::nullopt;
+    }
+    return mountPoint;
+}
+
+bool Udisks::unmount(const std::string& device) {
+    const BusReply reply = callForDevice(device, fileSystemInterface, "Unmount");
+    setErrno(reply);
+    return isPlain(reply) || reply.errorName.ends_with(".NotMounted");
+}
+
+BusReply Udisks::call(const std::string& path, std::string_view interface, std::string_view member,
+                      std::optional<int> descriptor, std::vector<BusOption> options) {
+    auto result = bus.call({.destination = std::string(serviceName),
+                            .path = path,
+                            .interface = std::string(interface),
+                            .member = std::string(member),
+                            .startsDestination = true,
+                            .text = std::nullopt,
+                            .descriptor = descriptor,
+                            .options = std::move(options)},
+                           Clock::now() + patience);
+    if (auto* reply = std::get_if<BusReply>(&result)) {
+        return std::move(*reply);
+    }
+    BusReply none;
+    none.errorName = std::holds_alternative<MessageBus::TimedOut>(result) ? "timeout" : "unreachable";
+    return none;
+}
+
+BusReply Udisks::callForDevice(const std::string& device, std::string_view interface,
+                               std::string_view member) {
+    return call(objectPathOf(device), interface, member, std::nullopt, withoutQuestions());
+}
+
+} // namespace platform::hdiutil
