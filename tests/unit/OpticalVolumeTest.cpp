@@ -32,14 +32,30 @@ std::string described(const std::optional<OpticalFeatures>& features) {
     return text + features->volumeLabel;
 }
 
+// The same by isoinfo, which does not know UDF.
+std::string describedByIsoinfo(const std::string& image) {
+    const std::string said = outputOfShell("isoinfo -d -i '" + image + "'");
+    const auto says = [&said](const char* words) { return said.find(words) != said.npos; };
+    const std::string_view field = "\nVolume id: ";
+    const std::size_t label = said.find(field) + field.size();
+    return std::string("iso ") + (says("\nJoliet with UCS level") ? "joliet " : "") +
+           (says("\nRock Ridge signatures") ? "rock " : "") +
+           (says("\nEl Torito VD version") ? "torito " : "") +
+           said.substr(label, said.find('\n', label) - label);
+}
+
+std::string describedByUs(const std::string& image) {
+    const auto source = FileSource::open(image);
+    return source ? described(readOpticalFeatures(*source)) : "unreadable";
+}
+
 // What is found on the disc that a tool makes of a folder with one file.
 std::string madeBy(const std::string& tool) {
     const TemporaryFolder folder;
     std::ofstream(folder.folder("d") + "/boot.img") << std::string(sector, 'x');
     const std::string image = folder.path("image.iso");
     outputOfShell(tool + " -o '" + image + "' '" + folder.path("d") + "'");
-    const auto source = FileSource::open(image);
-    return source ? described(readOpticalFeatures(*source)) : "unreadable";
+    return describedByUs(image);
 }
 
 TEST(OpticalVolume, TellsWhatGenisoimageWrites) {
@@ -57,6 +73,37 @@ TEST(OpticalVolume, TellsWhatXorrisoWrites) {
     EXPECT_EQ(madeBy("xorriso -as mkisofs -V X --norock"), "iso X");
     EXPECT_EQ(madeBy("xorriso -as mkisofs -V X -b boot.img -no-emul-boot -part_like_isohybrid"),
               "iso rock torito X");
+}
+
+TEST(OpticalVolume, AgreesWithIsoinfo) {
+    const TemporaryFolder folder;
+    std::ofstream(folder.folder("d") + "/boot.img") << std::string(sector, 'x');
+    const std::string image = folder.path("image.iso");
+    for (const char* const options : {"", "-J", "-R", "-R -J", "-b boot.img -no-emul-boot",
+                                      "-R -J -b boot.img -no-emul-boot"}) {
+        for (const char* const tool : {"genisoimage", "xorriso -as mkisofs --norock"}) {
+            outputOfShell(std::string(tool) + " -V DISC " + options + " -o '" + image + "' '" +
+                          folder.path("d") + "'");
+            EXPECT_EQ(describedByUs(image), describedByIsoinfo(image)) << tool << ' ' << options;
+        }
+    }
+}
+
+// These are in packages of Debian.
+TEST(OpticalVolume, AgreesWithIsoinfoOnDiscsOfOthers) {
+    int count = 0;
+    for (const std::string image :
+         {"/usr/lib/grub-rescue/grub-rescue-cdrom.iso",
+          "/usr/lib/grub-rescue/grub-rescue-floppy.img", "/usr/lib/ipxe/ipxe.iso",
+          "/usr/lib/memtest86+/memtest86+x64.iso"}) {
+        if (std::filesystem::exists(image)) {
+            EXPECT_EQ(describedByUs(image), describedByIsoinfo(image)) << image;
+            ++count;
+        }
+    }
+    if (count == 0) {
+        GTEST_SKIP() << "none of them is here";
+    }
 }
 
 TEST(OpticalVolume, TakesTheLabelThatSaysMore) {
