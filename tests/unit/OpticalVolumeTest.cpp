@@ -49,13 +49,17 @@ std::string describedByUs(const std::string& image) {
     return source ? described(readOpticalFeatures(*source)) : "unreadable";
 }
 
-// What is found on the disc that a tool makes of a folder with one file.
+// The disc that a tool makes of a folder with one file.
+std::string discMadeBy(const std::string& tool, const TemporaryFolder& folder) {
+    std::ofstream(folder.folder("d") + "/boot.img") << std::string(sector, 'x');
+    std::string image = folder.path("image.iso");
+    outputOfShell(tool + " -o '" + image + "' '" + folder.path("d") + "'");
+    return image;
+}
+
 std::string madeBy(const std::string& tool) {
     const TemporaryFolder folder;
-    std::ofstream(folder.folder("d") + "/boot.img") << std::string(sector, 'x');
-    const std::string image = folder.path("image.iso");
-    outputOfShell(tool + " -o '" + image + "' '" + folder.path("d") + "'");
-    return describedByUs(image);
+    return describedByUs(discMadeBy(tool, folder));
 }
 
 TEST(OpticalVolume, TellsWhatGenisoimageWrites) {
@@ -76,15 +80,12 @@ TEST(OpticalVolume, TellsWhatXorrisoWrites) {
 }
 
 TEST(OpticalVolume, AgreesWithIsoinfo) {
-    const TemporaryFolder folder;
-    std::ofstream(folder.folder("d") + "/boot.img") << std::string(sector, 'x');
-    const std::string image = folder.path("image.iso");
     for (const char* const options : {"", "-J", "-R", "-R -J", "-b boot.img -no-emul-boot",
                                       "-R -J -b boot.img -no-emul-boot"}) {
-        for (const char* const tool : {"genisoimage", "xorriso -as mkisofs --norock"}) {
-            outputOfShell(std::string(tool) + " -V DISC " + options + " -o '" + image + "' '" +
-                          folder.path("d") + "'");
-            EXPECT_EQ(describedByUs(image), describedByIsoinfo(image)) << tool << ' ' << options;
+        for (std::string tool : {"genisoimage -V DISC ", "xorriso -as mkisofs --norock -V DISC "}) {
+            const TemporaryFolder folder;
+            const std::string image = discMadeBy(tool.append(options), folder);
+            EXPECT_EQ(describedByUs(image), describedByIsoinfo(image)) << tool;
         }
     }
 }
@@ -118,10 +119,9 @@ TEST(OpticalVolume, TellsUdfOfEveryBlockSize) {
         const TemporaryFolder folder;
         const std::string image = folder.file("udf");
         std::filesystem::resize_file(image, 16U << 20U);
-        outputOfShell("mkudffs -b " + blockSize + " '" + image + "'");
-        const auto source = FileSource::open(image);
-        ASSERT_TRUE(source);
-        EXPECT_EQ(described(readOpticalFeatures(*source)), "udf ") << blockSize;
+        std::string line = "mkudffs -b ";
+        outputOfShell(line.append(blockSize).append(" '").append(image).append("'"));
+        EXPECT_EQ(describedByUs(image), "udf ") << blockSize;
     }
 }
 
