@@ -131,6 +131,35 @@ stands_in() {
     no_device_left
 }
 
+@test "volumes that were unmounted before a busy one are mounted again" {
+    start_system yes
+    local number
+    truncate -s 16M disk.img
+    printf 'label: gpt\nstart=2048, size=4096\nsize=4096\nsize=4096\n' | sfdisk -q disk.img
+    for number in 0 1 2; do
+        mkfs.ext4 -q -L "V$number" -E offset=$(((2048 + 4096 * number) * 512)) disk.img 2M
+    done
+    hands_over disk.img
+    become_common_user
+    attach /run/work/disk.img
+    succeeds
+    local user point
+    for number in 0 1 2; do
+        point=/media/nobody/V$number
+        exec_inside sh -c 'cd "$1" && exec sleep 100' sh "$point" 3>&- &
+        user=$!
+        wait_for stands_in "$user" "$point"
+        hdiutil detach /media/nobody/V1
+        fails_because detach "Device or resource busy"
+        [ "$(inside findmnt -rno TARGET | grep /media/nobody/ | sort | tr '\n' ' ')" = \
+            "/media/nobody/V0 /media/nobody/V1 /media/nobody/V2 " ]
+        kill "$user"
+        wait "$user" || true
+    done
+    detaches /media/nobody/V1
+    no_device_left
+}
+
 @test "a volume that the service has mounted for another program is unmounted by it" {
     start_system yes
     make_ext4

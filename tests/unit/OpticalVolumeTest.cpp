@@ -32,14 +32,34 @@ std::string described(const std::optional<OpticalFeatures>& features) {
     return text + features->volumeLabel;
 }
 
-// What is found on the disc that a tool makes of a folder with one file.
-std::string madeBy(const std::string& tool) {
-    const TemporaryFolder folder;
-    std::ofstream(folder.folder("d") + "/boot.img") << std::string(sector, 'x');
-    const std::string image = folder.path("image.iso");
-    outputOfShell(tool + " -o '" + image + "' '" + folder.path("d") + "'");
+// The same by isoinfo, which does not know UDF.
+std::string describedByIsoinfo(const std::string& image) {
+    const std::string said = outputOfShell("isoinfo -d -i '" + image + "'");
+    const auto says = [&said](const char* words) { return said.find(words) != said.npos; };
+    const std::string_view field = "\nVolume id: ";
+    const std::size_t label = said.find(field) + field.size();
+    return std::string("iso ") + (says("\nJoliet with UCS level") ? "joliet " : "") +
+           (says("\nRock Ridge signatures") ? "rock " : "") +
+           (says("\nEl Torito VD version") ? "torito " : "") +
+           said.substr(label, said.find('\n', label) - label);
+}
+
+std::string describedByUs(const std::string& image) {
     const auto source = FileSource::open(image);
     return source ? described(readOpticalFeatures(*source)) : "unreadable";
+}
+
+// The disc that a tool makes of a folder with one file.
+std::string discMadeBy(const std::string& tool, const TemporaryFolder& folder) {
+    std::ofstream(folder.folder("d") + "/boot.img") << std::string(sector, 'x');
+    std::string image = folder.path("image.iso");
+    outputOfShell(tool + " -o '" + image + "' '" + folder.path("d") + "'");
+    return image;
+}
+
+std::string madeBy(const std::string& tool) {
+    const TemporaryFolder folder;
+    return describedByUs(discMadeBy(tool, folder));
 }
 
 TEST(OpticalVolume, TellsWhatGenisoimageWrites) {
@@ -59,6 +79,34 @@ TEST(OpticalVolume, TellsWhatXorrisoWrites) {
               "iso rock torito X");
 }
 
+TEST(OpticalVolume, AgreesWithIsoinfo) {
+    for (const char* const options : {"", "-J", "-R", "-R -J", "-b boot.img -no-emul-boot",
+                                      "-R -J -b boot.img -no-emul-boot"}) {
+        for (std::string tool : {"genisoimage -V DISC ", "xorriso -as mkisofs --norock -V DISC "}) {
+            const TemporaryFolder folder;
+            const std::string image = discMadeBy(tool.append(options), folder);
+            EXPECT_EQ(describedByUs(image), describedByIsoinfo(image)) << tool;
+        }
+    }
+}
+
+// These are in packages of Debian.
+TEST(OpticalVolume, AgreesWithIsoinfoOnDiscsOfOthers) {
+    int count = 0;
+    for (const std::string image :
+         {"/usr/lib/grub-rescue/grub-rescue-cdrom.iso",
+          "/usr/lib/grub-rescue/grub-rescue-floppy.img", "/usr/lib/ipxe/ipxe.iso",
+          "/usr/lib/memtest86+/memtest86+x64.iso"}) {
+        if (std::filesystem::exists(image)) {
+            EXPECT_EQ(describedByUs(image), describedByIsoinfo(image)) << image;
+            ++count;
+        }
+    }
+    if (count == 0) {
+        GTEST_SKIP() << "none of them is here";
+    }
+}
+
 TEST(OpticalVolume, TakesTheLabelThatSaysMore) {
     EXPECT_EQ(madeBy("genisoimage -quiet -input-charset utf-8 -V 'Gr\u00FCn' -J"),
               "iso joliet Gr\u00FCn");
@@ -71,10 +119,9 @@ TEST(OpticalVolume, TellsUdfOfEveryBlockSize) {
         const TemporaryFolder folder;
         const std::string image = folder.file("udf");
         std::filesystem::resize_file(image, 16U << 20U);
-        outputOfShell("mkudffs -b " + blockSize + " '" + image + "'");
-        const auto source = FileSource::open(image);
-        ASSERT_TRUE(source);
-        EXPECT_EQ(described(readOpticalFeatures(*source)), "udf ") << blockSize;
+        std::string line = "mkudffs -b ";
+        outputOfShell(line.append(blockSize).append(" '").append(image).append("'"));
+        EXPECT_EQ(describedByUs(image), "udf ") << blockSize;
     }
 }
 

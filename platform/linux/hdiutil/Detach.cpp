@@ -105,7 +105,7 @@ std::optional<Failure> detachVolume(const std::string& path) {
     if (std::ranges::any_of(record->volumes, isBusy)) {
         return systemFailure(EBUSY);
     }
-    return undo(*record, *records) ? std::nullopt : systemFailure(errno);
+    return undoWholly(*record, *records) ? std::nullopt : systemFailure(errno);
 }
 
 } // namespace platform::hdiutil

@@ -6,6 +6,7 @@
 #include "platform/linux/hdiutil/PropertyText.h"
 #include "platform/linux/hdiutil/VolumeProbe.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -142,9 +143,17 @@ Partition wholeDisk(const DiskImage& image) {
     return whole;
 }
 
+// The map of an optical disc divides it for machines that take it for a hard disk, and need not
+// mention what makes it an optical one.
+bool isWholeDiskShown(const DiskImage& image) {
+    const auto& mapped = image.map.partitions;
+    return mapped.empty() || (image.kind == Kind::optical &&
+                              std::ranges::find(mapped, 0U, &Partition::firstByte) == mapped.end());
+}
+
 PropertyList partitions(const DiskImage& image) {
     PropertyList::Array list;
-    if (image.disk && image.map.partitions.empty()) {
+    if (image.disk && isWholeDiskShown(image)) {
         list.push_back(partitionInfo(wholeDisk(image), image));
     }
     for (const Partition& partition : image.map.partitions) {

@@ -46,7 +46,8 @@ std::string folderOf(const std::string& device) {
 
 bool shows(const std::string& device, const std::string& file, std::uint64_t offset) {
     const std::string loop = folderOf(device) + "/loop/";
-    return lineAt(loop + "backing_file") == file && lineAt(loop + "offset") == std::to_string(offset);
+    return lineAt(loop + "backing_file") == file &&
+           lineAt(loop + "offset") == std::to_string(offset);
 }
 
 std::vector<std::string> unusedDevices(const std::string& file, std::uint64_t offset) {

@@ -9,13 +9,12 @@
 /// proc(5), /proc/[pid]/mountinfo).
 namespace platform::hdiutil::LoopTable {
 
-/// Whether the loop device `device` ("/dev/loop7") shows `file`, a path without links, from `offset`
-/// on.
+/// Whether the loop device `device` ("/dev/loop7") shows `file`, a path without links, from
+/// `offset` on.
 [[nodiscard]] bool shows(const std::string& device, const std::string& file, std::uint64_t offset);
 
 /// The loop devices that show that, and that nothing is mounted from.
-[[nodiscard]] std::vector<std::string> unusedDevices(const std::string& file,
-                                                     std::uint64_t offset);
+[[nodiscard]] std::vector<std::string> unusedDevices(const std::string& file, std::uint64_t offset);
 
 /// Where the file system of a block device is mounted; empty where it is not.
 [[nodiscard]] std::string mountPointOf(const std::string& device);

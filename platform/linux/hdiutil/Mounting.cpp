@@ -146,6 +146,20 @@ bool removeCopy(const std::string& folder) {
     return !error;
 }
 
+bool unmountHere(const MountedVolume& volume) {
+    if (::umount2(volume.mountPoint.c_str(), UMOUNT_NOFOLLOW) == 0) {
+        return true;
+    }
+    const int reason = errno;
+    if (volume.method == MountMethod::fuse && (run("fusermount", {"-u", volume.mountPoint}) ||
+                                               run("fusermount3", {"-u", volume.mountPoint}))) {
+        return true;
+    }
+    // The program that unmounts for users keeps the reason to itself. There is only this one.
+    errno = volume.method == MountMethod::fuse && reason == EPERM ? EBUSY : reason;
+    return false;
+}
+
 // The user, or the desktop, may have unmounted the volume or taken the device away, and the number
 // of the device may be another image's by now.
 bool unmountByService(const MountedVolume& volume) {
@@ -229,9 +243,7 @@ bool unmountVolume(const MountedVolume& volume) {
     if (volume.method == MountMethod::service) {
         return unmountByService(volume);
     }
-    if (isMountPoint(volume.mountPoint) &&
-        ::umount2(volume.mountPoint.c_str(), UMOUNT_NOFOLLOW) != 0 &&
-        (volume.method != MountMethod::fuse || !run("fusermount", {"-u", volume.mountPoint}))) {
+    if (isMountPoint(volume.mountPoint) && !unmountHere(volume)) {
         return false;
     }
     return ::rmdir(volume.mountPoint.c_str()) == 0 || errno == ENOENT;

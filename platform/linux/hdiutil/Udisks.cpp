@@ -150,7 +150,8 @@ std::optional<std::string> Udisks::mount(const std::string& device) {
     // A desktop may have mounted what has just come.
     std::string mountPoint = reply.errorName.ends_with(".AlreadyMounted")
                                  ? LoopTable::mountPointOf(device)
-                                 : reply.isText ? reply.text.value_or(std::string()) : std::string();
+                             : reply.isText ? reply.text.value_or(std::string())
+                                            : std::string();
     if (!mountPoint.starts_with('/')) {
         setErrno(reply);
         return std::nullopt;
@@ -179,7 +180,8 @@ BusReply Udisks::call(const std::string& path, std::string_view interface, std::
         return std::move(*reply);
     }
     BusReply none;
-    none.errorName = std::holds_alternative<MessageBus::TimedOut>(result) ? "timeout" : "unreachable";
+    none.errorName =
+        std::holds_alternative<MessageBus::TimedOut>(result) ? "timeout" : "unreachable";
     return none;
 }
 

@@ -20,8 +20,8 @@ public:
     /// whether the service is there, its answers tell.
     [[nodiscard]] static Udisks* shared();
 
-    /// Makes a block device of `length` bytes of `file` from `offset` on, which this process must be
-    /// able to open. Answers its path, "/dev/loop7".
+    /// Makes a block device of `length` bytes of `file` from `offset` on, which this process must
+    /// be able to open. Answers its path, "/dev/loop7".
     [[nodiscard]] std::optional<std::string> addLoop(const std::string& file, std::uint64_t offset,
                                                      std::uint64_t length, bool isReadOnly);
 

@@ -10,4 +10,9 @@ namespace platform::hdiutil {
 /// of it stays.
 bool undo(const AttachRecord& record, const AttachRecords& records);
 
+/// The same, but wholly or not at all: when the system refuses to unmount a volume, those that were
+/// unmounted before it are mounted again where they were, and the record says how. False, with
+/// errno set to the reason of the refusal, then.
+[[nodiscard]] bool undoWholly(const AttachRecord& record, const AttachRecords& records);
+
 } // namespace platform::hdiutil
