@@ -87,6 +87,8 @@ mounts_as() {
     for image in joliet rock hybrid; do
         mounts_as "$image.iso" tree
     done
+    "$MAKE_UDIF" hybrid.iso hybrid.dmg zlib
+    mounts_as hybrid.dmg tree
     genisoimage -quiet -V PLAIN -o plain.iso tree 2>/dev/null
     attach plain.iso
     succeeds

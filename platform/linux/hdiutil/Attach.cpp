@@ -50,7 +50,7 @@ public:
         if (const auto failure = provideDisk()) {
             return *failure;
         }
-        if (image.map.partitions.empty() || image.kind == DiskImage::Kind::optical) {
+        if (image.map.partitions.empty() || image.isDisc) {
             Partition whole;
             whole.byteLength = image.disk->size();
             addVolume(whole);

@@ -32,6 +32,7 @@ DiskImage imageOf(const std::string& path, Kind kind, std::shared_ptr<const Byte
 // Gives the image its disk and reads how that is divided.
 DiskImage withDisk(DiskImage image, std::shared_ptr<const ByteSource> disk) {
     image.map = readPartitionMap(*disk);
+    image.isDisc = readOpticalFeatures(*disk).has_value();
     image.disk = std::move(disk);
     return image;
 }
@@ -68,7 +69,7 @@ Opened openUdif(DiskImage image, UdifImage udif) {
 Opened openRaw(DiskImage image) {
     auto disk = image.file;
     image = withDisk(std::move(image), std::move(disk));
-    if (readOpticalFeatures(*image.disk)) {
+    if (image.isDisc) {
         image.kind = Kind::optical;
         return image;
     }

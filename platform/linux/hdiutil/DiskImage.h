@@ -28,6 +28,9 @@ struct DiskImage {
     std::shared_ptr<const ByteSource> disk;
     /// The partitions of the disk; of no scheme when it has none.
     PartitionMap map;
+    /// Whether the disk as a whole is an optical disc; a map then is for machines that take it for
+    /// a hard disk.
+    bool isDisc = false;
     /// What the image takes up.
     std::uint64_t storedBytes = 0;
 

@@ -143,12 +143,11 @@ Partition wholeDisk(const DiskImage& image) {
     return whole;
 }
 
-// The map of an optical disc divides it for machines that take it for a hard disk, and need not
-// mention what makes it an optical one.
+// The map of an optical disc need not mention what makes it one.
 bool isWholeDiskShown(const DiskImage& image) {
     const auto& mapped = image.map.partitions;
-    return mapped.empty() || (image.kind == Kind::optical &&
-                              std::ranges::find(mapped, 0U, &Partition::firstByte) == mapped.end());
+    return mapped.empty() ||
+           (image.isDisc && std::ranges::find(mapped, 0U, &Partition::firstByte) == mapped.end());
 }
 
 PropertyList partitions(const DiskImage& image) {
