@@ -2,38 +2,17 @@
 #include "platform/linux/HiddenNames.h"
 
 #include "platform/FileManager.h"
+#include "platform/linux/FileIdentity.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <unordered_set>
-
-#include <sys/stat.h>
 
 namespace platform {
 namespace {
 
 // A list beyond this size is no list that anyone wrote.
 constexpr std::size_t maximumSize = std::size_t{1} << 20;
-
-// Tells one state of one file from every other.
-struct Identity {
-    dev_t device;
-    ino_t inode;
-    off_t size;
-    std::int64_t seconds;
-    std::int64_t nanoseconds;
-    friend bool operator==(const Identity&, const Identity&) = default;
-};
-
-std::optional<Identity> identityOf(const std::string& path) {
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
-        return std::nullopt;
-    }
-    return Identity{status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec,
-                    status.st_mtim.tv_nsec};
-}
 
 std::string contentsOf(const std::string& path) {
     const Data contents = FileManager::contentsAtPath(path, maximumSize).value_or(Data());
@@ -54,7 +33,7 @@ std::unordered_set<std::string> linesOf(std::string_view text) {
 // The last list read: items are asked for folder by folder.
 struct Cache {
     std::string directory;
-    std::optional<Identity> identity;
+    std::optional<FileIdentity> identity;
     std::unordered_set<std::string> names;
 };
 
@@ -63,7 +42,7 @@ struct Cache {
 bool isListedAsHidden(const std::string& directory, std::string_view name) {
     thread_local Cache cache;
     const std::string path = directory + "/.hidden";
-    const auto identity = identityOf(path);
+    const auto identity = identityOfFile(path);
     if (!identity) {
         return false;
     }

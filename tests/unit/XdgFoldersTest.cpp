@@ -10,6 +10,7 @@
 
 namespace {
 
+using platform::XdgFolders::configurationFolder;
 using platform::XdgFolders::dataFolders;
 using Paths = std::vector<std::string>;
 
@@ -35,6 +36,16 @@ TEST(XdgFolders, AreAbsolute) {
     const EnvironmentVariable own("XDG_DATA_HOME", "own");
     const EnvironmentVariable system("XDG_DATA_DIRS", "b:/a:./c:~");
     EXPECT_EQ(dataFolders(), (Paths{"/home/x/.local/share", "/a"}));
+}
+
+TEST(XdgFolders, KeepSettingsApart) {
+    const EnvironmentVariable home("HOME", "/home/x");
+    const EnvironmentVariable own("XDG_CONFIG_HOME", "/own");
+    EXPECT_EQ(configurationFolder(), "/own");
+    for (const char* const useless : {"", "own", "~"}) {
+        const EnvironmentVariable relative("XDG_CONFIG_HOME", useless);
+        EXPECT_EQ(configurationFolder(), "/home/x/.config") << useless;
+    }
 }
 
 } // namespace
