@@ -63,6 +63,16 @@ public:
     [[nodiscard]] static std::optional<std::string_view>
     programmingLanguageForExtension(std::string_view extension);
 
+    // The extractors, one for each category that has one. Each reads the file at `path`, appends to
+    // `into` what it finds of `enabledKeys`, in the order of display, and appends nothing when the
+    // file cannot be opened. They may take long: they belong on a background queue.
+
+    /// Encoding, counts, line ends, language and interpreter of a text file, from its first 64 KiB.
+    /// Nothing but regular files is read, so FIFOs and devices never block; a file whose reading
+    /// fails counts as one that cannot be opened.
+    static void extractTextMetadata(const std::string& path, const Keys& enabledKeys,
+                                    QMMetadataEntries& into);
+
 private:
     explicit QMMetadataService(Settings settings);
 
