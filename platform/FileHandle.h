@@ -3,6 +3,7 @@
 
 #include "platform/Data.h"
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -17,6 +18,11 @@ public:
     /// Opens the file at `path` for reading. nullopt when it is missing or may not be read, and
     /// for a folder. Opening a FIFO waits for a writer, as it does for every program.
     [[nodiscard]] static std::optional<FileHandle> forReadingAtPath(const std::string& path);
+
+    /// The same for regular files alone, links followed; nullopt for anything else. Never waits:
+    /// FIFOs and devices give no handle.
+    [[nodiscard]] static std::optional<FileHandle>
+    forReadingRegularFileAtPath(const std::string& path);
 
     /// Takes over an open descriptor.
     [[nodiscard]] static FileHandle fromDescriptor(int descriptor);
@@ -37,6 +43,10 @@ public:
     /// the end (or for an empty buffer). When a read fails after some bytes of this call arrived,
     /// the call answers with them, and the failure is left to the next call.
     [[nodiscard]] ReadResult read(std::span<std::byte> buffer);
+
+    /// How many bytes the file has now, by its status; 0 when that cannot be told, and for files
+    /// that the system makes up while they are read.
+    [[nodiscard]] std::uint64_t size() const;
 
     /// Closes the file now; later reads fail. Harmless when it is closed already.
     void close();

@@ -13,21 +13,33 @@
 #include <sys/stat.h>
 
 namespace platform {
+namespace {
 
-std::optional<FileHandle> FileHandle::forReadingAtPath(const std::string& path) {
+int openForReading(const std::string& path, int flags) {
     int descriptor = -1;
     do {
-        descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+        descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | flags);
     } while (descriptor < 0 && errno == EINTR);
-    if (descriptor < 0) {
-        return std::nullopt;
-    }
-    FileHandle handle(descriptor);
+    return descriptor;
+}
+
+std::optional<struct stat> statusOf(int descriptor) {
     struct stat status {};
-    if (::fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode)) {
-        return std::nullopt;
-    }
-    return handle;
+    return ::fstat(descriptor, &status) == 0 ? std::optional(status) : std::nullopt;
+}
+
+} // namespace
+
+std::optional<FileHandle> FileHandle::forReadingAtPath(const std::string& path) {
+    FileHandle handle(openForReading(path, 0));
+    const auto status = statusOf(handle.m_descriptor);
+    return status && !S_ISDIR(status->st_mode) ? std::optional(std::move(handle)) : std::nullopt;
+}
+
+std::optional<FileHandle> FileHandle::forReadingRegularFileAtPath(const std::string& path) {
+    FileHandle handle(openForReading(path, O_NONBLOCK));
+    const auto status = statusOf(handle.m_descriptor);
+    return status && S_ISREG(status->st_mode) ? std::optional(std::move(handle)) : std::nullopt;
 }
 
 FileHandle FileHandle::fromDescriptor(int descriptor) {
@@ -65,6 +77,11 @@ FileHandle::ReadResult FileHandle::read(std::span<std::byte> buffer) {
         filled += static_cast<std::size_t>(count);
     }
     return filled;
+}
+
+std::uint64_t FileHandle::size() const {
+    const auto status = statusOf(m_descriptor);
+    return status && status->st_size > 0 ? static_cast<std::uint64_t>(status->st_size) : 0;
 }
 
 void FileHandle::close() {

@@ -11,7 +11,6 @@
 #include <span>
 #include <variant>
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <sys/stat.h>
@@ -40,13 +39,8 @@ bool fileExistsAtPath(const std::string& path) {
 
 std::optional<Data> contentsAtPath(const std::string& path, std::size_t maximumSize) {
     constexpr std::size_t pieceSize = std::size_t{16} * 1024;
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
-    if (descriptor < 0) {
-        return std::nullopt;
-    }
-    FileHandle file = FileHandle::fromDescriptor(descriptor);
-    struct stat status {};
-    if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+    auto file = FileHandle::forReadingRegularFileAtPath(path);
+    if (!file) {
         return std::nullopt;
     }
     // The size that the file claims is not asked: those under /proc claim none.
@@ -54,7 +48,7 @@ std::optional<Data> contentsAtPath(const std::string& path, std::size_t maximumS
     while (contents.size() <= maximumSize) {
         const std::size_t start = contents.size();
         contents.resize(start + std::min(pieceSize, maximumSize + 1 - start));
-        const auto result = file.read(std::span(contents).subspan(start));
+        const auto result = file->read(std::span(contents).subspan(start));
         const std::size_t* count = std::get_if<std::size_t>(&result);
         if (count == nullptr) {
             return std::nullopt;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 
 namespace platform {
@@ -13,42 +14,54 @@ namespace {
 // ICU counts in 32 bits; longer texts are no texts that anyone reads.
 constexpr std::size_t longest = std::numeric_limits<std::int32_t>::max();
 
-// Calls `use(sequence, isValid)` for each character and each ill-formed sequence, until it answers
-// false. A text beyond the limits counts as one ill-formed sequence.
-template <class Use>
-void forEachSequence(std::string_view text, const Use& use) {
-    if (text.size() > longest) {
-        static_cast<void>(use(text, false));
-        return;
-    }
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): characters as bytes
-    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
-    const auto length = static_cast<std::int32_t>(text.size());
-    std::int32_t offset = 0;
-    while (offset < length) {
-        const auto start = static_cast<std::size_t>(offset);
-        UChar32 character = 0;
-        U8_NEXT(bytes, offset, length, character);
-        if (!use(text.substr(start, static_cast<std::size_t>(offset) - start), character >= 0)) {
-            return;
+// How many whole words of the machine at the beginning of `text` are ASCII, in bytes.
+std::size_t lengthOfASCII(std::string_view text) {
+    constexpr std::uint64_t highBits = 0x8080808080808080;
+    std::size_t length = 0;
+    for (std::uint64_t word = 0; text.size() - length >= sizeof word; length += sizeof word) {
+        std::memcpy(&word, text.data() + length, sizeof word);
+        if ((word & highBits) != 0) {
+            break;
         }
     }
+    return length;
+}
+
+// Moves `offset` behind the character or ill-formed sequence there; answers whether it is a
+// character.
+bool skipSequence(std::string_view text, std::size_t& offset) {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): characters as bytes
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    auto position = static_cast<std::int32_t>(offset);
+    UChar32 character = 0;
+    U8_NEXT(bytes, position, static_cast<std::int32_t>(text.size()), character);
+    offset = static_cast<std::size_t>(position);
+    return character >= 0;
 }
 
 } // namespace
 
 bool isUTF8(std::string_view text) {
-    bool result = true;
-    forEachSequence(text, [&result](std::string_view, bool isValid) { return result = isValid; });
+    bool result = text.size() <= longest;
+    std::size_t offset = lengthOfASCII(text);
+    while (result && offset < text.size()) {
+        result = skipSequence(text, offset);
+        offset += lengthOfASCII(text.substr(offset));
+    }
     return result;
 }
 
 std::string replacingInvalidUTF8(std::string_view text) {
+    constexpr std::string_view replacement = "\xEF\xBF\xBD";
     std::string result;
-    forEachSequence(text, [&result](std::string_view sequence, bool isValid) {
-        result.append(isValid ? sequence : "\xEF\xBF\xBD");
-        return true;
-    });
+    if (text.size() > longest) {
+        return result.append(replacement);
+    }
+    for (std::size_t offset = 0; offset < text.size();) {
+        const std::size_t start = offset;
+        const bool isCharacter = skipSequence(text, offset);
+        result.append(isCharacter ? text.substr(start, offset - start) : replacement);
+    }
     return result;
 }
 

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <filesystem>
 #include <limits>
 #include <string>
 #include <utility>
@@ -40,6 +41,30 @@ FileHandle opened(const std::string& path) {
 
 FileHandle openedFolder() {
     return FileHandle::fromDescriptor(::open("/", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+TEST(FileHandle, KnowsTheSizeOfItsFile) {
+    const TemporaryFolder folder;
+    const std::string path = folder.file("f", "abc");
+    const FileHandle file = opened(path);
+    EXPECT_EQ(file.size(), 3U);
+    std::filesystem::resize_file(path, 5'000'000'000);
+    EXPECT_EQ(file.size(), 5'000'000'000U);
+    EXPECT_EQ(opened("/proc/self/status").size(), 0U);
+    EXPECT_EQ(FileHandle::fromDescriptor(-1).size(), 0U);
+}
+
+TEST(FileHandle, TakesRegularFilesAloneWhenAsked) {
+    const TemporaryFolder folder;
+    static_cast<void>(folder.file("f", "abc"));
+    auto file = FileHandle::forReadingRegularFileAtPath(folder.link("link", "f"));
+    ASSERT_TRUE(file);
+    EXPECT_EQ(qm_readDataToEndOfFile(*file), dataOf("abc"));
+    ASSERT_EQ(::mkfifo(folder.path("fifo").c_str(), 0600), 0);
+    for (const std::string& path : {folder.path("fifo"), folder.path(), folder.path("missing"),
+                                    std::string("/dev/zero"), std::string()}) {
+        EXPECT_FALSE(FileHandle::forReadingRegularFileAtPath(path)) << path;
+    }
 }
 
 TEST(QMFileHandle, ReadsToTheEnd) {

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "model/QMMetadataCategory.h"
+#include "model/QMMetadataEntry.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+/// What is told of one file. Threads as for entries.
+struct QMMetadataResult {
+    QMMetadataCategory category = QMMetadataCategoryNone;
+    /// The category's name for people, UTF-8.
+    std::optional<std::string> categoryName;
+    /// Shared with whoever fills it, not copied: what is added later shows here too. Null until it
+    /// is given.
+    std::shared_ptr<QMMetadataEntries> entries;
+};

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/WordBreaks.h"
+
+#include "platform/linux/Icu.h"
+
+#include <limits>
+#include <memory>
+
+namespace platform {
+namespace {
+
+// Iterators may not be used by two threads at once, and read the text where it is.
+struct WordIterator {
+    WordIterator() {
+        UErrorCode status = U_ZERO_ERROR;
+        iterator.reset(icu::BreakIterator::createWordInstance(icu::Locale::getRoot(), status));
+        if (U_FAILURE(status) != 0) {
+            iterator.reset();
+        }
+    }
+    icu::UnicodeString text;
+    std::unique_ptr<icu::BreakIterator> iterator;
+};
+
+} // namespace
+
+std::optional<std::size_t> wordCountByRules(std::string_view text) {
+    // Making an iterator takes longer than counting the words of a line.
+    thread_local WordIterator words;
+    if (!words.iterator || text.size() > std::numeric_limits<std::int32_t>::max()) {
+        return std::nullopt;
+    }
+    // UTF-16 costs a copy, but going through UTF-8 in place takes up to twice as long.
+    words.text =
+        icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
+    if (words.text.isBogus() != 0) {
+        return std::nullopt;
+    }
+    words.iterator->setText(words.text);
+    std::size_t count = 0;
+    while (words.iterator->next() != icu::BreakIterator::DONE) {
+        count += static_cast<std::size_t>(words.iterator->getRuleStatus() >= UBRK_WORD_NUMBER);
+    }
+    return count;
+}
+
+} // namespace platform
