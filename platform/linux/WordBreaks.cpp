@@ -5,27 +5,34 @@
 
 #include <limits>
 #include <memory>
+#include <utility>
 
 namespace platform {
 namespace {
 
+using Iterator = std::unique_ptr<icu::BreakIterator>;
+
+Iterator makeIterator() {
+    UErrorCode status = U_ZERO_ERROR;
+    Iterator iterator(icu::BreakIterator::createWordInstance(icu::Locale::getRoot(), status));
+    return U_FAILURE(status) != 0 ? nullptr : std::move(iterator);
+}
+
+// An iterator that has read no text yet. Copies are cheaper than new ones.
+Iterator copyOfIterator() {
+    static const Iterator first = makeIterator();
+    return Iterator(first ? first->clone() : nullptr);
+}
+
 // Iterators may not be used by two threads at once, and read the text where it is.
 struct WordIterator {
-    WordIterator() {
-        UErrorCode status = U_ZERO_ERROR;
-        iterator.reset(icu::BreakIterator::createWordInstance(icu::Locale::getRoot(), status));
-        if (U_FAILURE(status) != 0) {
-            iterator.reset();
-        }
-    }
     icu::UnicodeString text;
-    std::unique_ptr<icu::BreakIterator> iterator;
+    Iterator iterator = copyOfIterator();
 };
 
 } // namespace
 
 std::optional<std::size_t> wordCountByRules(std::string_view text) {
-    // Making an iterator takes longer than counting the words of a line.
     thread_local WordIterator words;
     if (!words.iterator || text.size() > std::numeric_limits<std::int32_t>::max()) {
         return std::nullopt;

@@ -4,9 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <string>
-#include <thread>
 #include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -134,22 +132,6 @@ TEST(Text, CountsTheSameInEveryLocationOfALongText) {
     }
     EXPECT_EQ(once, 8U);
     EXPECT_EQ(Text::wordCount(text), 500 * once);
-}
-
-TEST(Text, ThreadsCountSideBySide) {
-    const std::array<Case, 2> cases{{{"日本語を勉強する", 4}, {"привет, ко\u0301т", 2}}};
-    std::array<std::size_t, 4> agreed{};
-    std::vector<std::jthread> threads;
-    for (std::size_t i = 0; i < agreed.size(); ++i) {
-        threads.emplace_back([&, i] {
-            for (int round = 0; round < 200; ++round) {
-                const auto& [text, count] = cases[i % cases.size()];
-                agreed[i] += Text::wordCount(text) == count ? 1U : 0U;
-            }
-        });
-    }
-    threads.clear();
-    EXPECT_EQ(agreed, (std::array<std::size_t, 4>{200, 200, 200, 200}));
 }
 
 } // namespace

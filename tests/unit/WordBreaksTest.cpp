@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/WordBreaks.h"
+
+#include <array>
+#include <cstddef>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using platform::wordCountByRules;
+
+TEST(WordBreaks, ThreadsCountSideBySide) {
+    using Case = std::pair<const char*, std::size_t>;
+    constexpr std::array<Case, 2> cases{{{"日本語を勉強する", 4}, {"привет, ко\u0301т", 2}}};
+    std::array<std::size_t, 4> agreed{};
+    std::vector<std::jthread> threads;
+    for (std::size_t i = 0; i < agreed.size(); ++i) {
+        threads.emplace_back([&, i] {
+            for (int round = 0; round < 200; ++round) {
+                const auto& [text, count] = cases[i % cases.size()];
+                agreed[i] += wordCountByRules(text) == count ? 1U : 0U;
+            }
+        });
+    }
+    threads.clear();
+    EXPECT_EQ(agreed, (std::array<std::size_t, 4>{200, 200, 200, 200}));
+}
+
+} // namespace
