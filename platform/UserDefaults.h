@@ -39,7 +39,8 @@ public:
     [[nodiscard]] static std::string pathOfStandard();
 
     /// Lets `standard` answer with `other`, or with the user's settings again when it is null. For
-    /// tests. `other` stays the caller's, and has to live until no thread uses it.
+    /// tests, and for programs with settings of their own. `other` stays the caller's, and has to
+    /// live until no thread uses it.
     static void setStandard(UserDefaults* other);
 
     /// Settings in the file at `path`, which need not exist; an empty path has nothing set.

@@ -4,6 +4,7 @@
 #include "platform/Collation.h"
 #include "platform/Format.h"
 #include "platform/LocalizedStrings.h"
+#include "platform/UserDefaults.h"
 #include "services/QMMetadataCatalogue.h"
 
 #include <algorithm>
@@ -12,20 +13,14 @@
 using platform::PropertyList;
 using platform::LocalizedStrings::stringForKey;
 
-namespace {
-
-// The user's preferences cannot be read yet, so there is no array under any key.
-std::optional<QMMetadataService::Keys> standardArrayForKey(const std::string& /*key*/) {
-    return std::nullopt;
-}
-
-} // namespace
-
 const std::shared_ptr<QMMetadataService>& QMMetadataService::sharedService() {
     // Never destroyed: workers may still use it while the process ends.
-    static const auto& service =
-        *new std::shared_ptr<QMMetadataService>(init({standardArrayForKey}));
+    static const auto& service = *new std::shared_ptr<QMMetadataService>(init());
     return service;
+}
+
+std::shared_ptr<QMMetadataService> QMMetadataService::init() {
+    return init({});
 }
 
 std::shared_ptr<QMMetadataService> QMMetadataService::init(Settings settings) {
@@ -48,10 +43,10 @@ QMMetadataService::availableKeysForCategory(QMMetadataCategory category) {
     return qm_metadataKeysForCategory(category);
 }
 
-QMMetadataService::Keys
-QMMetadataService::enabledKeysForCategory(QMMetadataCategory category) const {
+QMMetadataService::Keys QMMetadataService::enabledKeysForCategory(QMMetadataCategory category) {
     const auto number = static_cast<std::int64_t>(category);
-    if (auto stored = m_settings.arrayForKey(platform::format("QMMetadataEnabled_{}", number))) {
+    if (auto stored = platform::UserDefaults::standard().arrayForKey(
+            platform::format("QMMetadataEnabled_{}", number))) {
         return *std::move(stored);
     }
     Keys keys;

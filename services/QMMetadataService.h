@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "model/QMFileItem.h"
 #include "model/QMMetadataCategory.h"
 #include "model/QMMetadataEntry.h"
+#include "model/QMMetadataResult.h"
 #include "platform/PropertyList.h"
+#include "services/QMDiskImageService.h"
 
 #include <functional>
 #include <memory>
@@ -23,17 +26,28 @@ public:
 
     /// What a service works with. Others than the defaults are for tests.
     struct Settings {
-        /// Answers with the array that the user's preferences hold under `key`; nullopt when there
-        /// is none. Called on the thread that asks the service.
-        std::function<std::optional<Keys>(const std::string& key)> arrayForKey;
+        /// Describes disk images; null for the one of the process.
+        std::shared_ptr<const QMDiskImageService> diskImages;
     };
 
-    /// The one service of the process, made when it is first asked for. It works with the user's
-    /// preferences.
+    /// The one service of the process, made when it is first asked for.
     [[nodiscard]] static const std::shared_ptr<QMMetadataService>& sharedService();
 
     /// A service of its own.
+    [[nodiscard]] static std::shared_ptr<QMMetadataService> init();
     [[nodiscard]] static std::shared_ptr<QMMetadataService> init(Settings settings);
+
+    /// Gets the result, or null.
+    using Completion = std::function<void(std::shared_ptr<QMMetadataResult>)>;
+    /// Tells what is in the file of `fileItem`. `completion` is called exactly once, unless it is
+    /// empty: with null before this returns, on this thread, when there is nothing to be told of
+    /// the item - none, a folder, an extension of no category, or the preference
+    /// "QMMetadataEnabled" is not set -; otherwise with a result, later, on the main queue, which
+    /// somebody must service. The entries are those of the keys that the user has enabled;
+    /// categories that nothing is read of have none, and so have files that cannot be read. Nothing
+    /// limits the time it takes.
+    void extractMetadataForFileItem(const std::shared_ptr<const QMFileItem>& fileItem,
+                                    Completion completion) const;
 
     /// The category of files with this extension, in any case and without its dot;
     /// `QMMetadataCategoryNone` for an unknown one.
@@ -50,7 +64,7 @@ public:
     /// The keys that the user wants to see: what the preference "QMMetadataEnabled_" with the
     /// category's number holds, unchanged, even if that is nothing; all of them when there is no
     /// such array.
-    [[nodiscard]] Keys enabledKeysForCategory(QMMetadataCategory category) const;
+    [[nodiscard]] static Keys enabledKeysForCategory(QMMetadataCategory category);
 
     /// Whether `key` is among `keys`, as a text.
     [[nodiscard]] static bool containsKey(const Keys& keys, std::string_view key);
@@ -70,11 +84,19 @@ public:
     /// Encoding, counts, line ends, language and interpreter of a text file, from its first 64 KiB.
     /// Nothing but regular files is read, so FIFOs and devices never block; a file whose reading
     /// fails counts as one that cannot be opened.
-    static void extractTextMetadata(const std::string& path, const Keys& enabledKeys,
-                                    QMMetadataEntries& into);
+    void extractTextMetadata(const std::string& path, const Keys& enabledKeys,
+                             QMMetadataEntries& into) const;
+
+    /// Format, size, encryption and partition scheme of a disk image, as the disk-image tool tells
+    /// them. The tool runs whatever is enabled, and takes its time.
+    void extractDiskImageMetadata(const std::string& path, const Keys& enabledKeys,
+                                  QMMetadataEntries& into) const;
 
 private:
     explicit QMMetadataService(Settings settings);
+
+    [[nodiscard]] std::shared_ptr<QMMetadataResult>
+    resultForPath(const std::string& path, QMMetadataCategory category) const;
 
     const Settings m_settings;
 };

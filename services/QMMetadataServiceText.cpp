@@ -83,7 +83,7 @@ std::optional<TextFile> textFileAtPath(const std::string& path) {
 } // namespace
 
 void QMMetadataService::extractTextMetadata(const std::string& path, const Keys& enabledKeys,
-                                            QMMetadataEntries& into) {
+                                            QMMetadataEntries& into) const {
     const auto file = textFileAtPath(path);
     if (!file) {
         return;

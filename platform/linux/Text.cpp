@@ -2,9 +2,7 @@
 #include "platform/Text.h"
 
 #include "platform/LocalizedStrings.h"
-#include "platform/linux/PlainWords.h"
 #include "platform/linux/Utf8.h"
-#include "platform/linux/WordBreaks.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -70,23 +68,6 @@ std::size_t lengthInUTF16(std::string_view text) {
         text.remove_prefix(piece.size());
     }
     return length;
-}
-
-std::optional<std::size_t> wordCount(std::string_view text) {
-    std::size_t words = 0;
-    while (!text.empty()) {
-        const PlainWords plain = leadingPlainWords(text);
-        words += plain.count;
-        text.remove_prefix(plain.length);
-        const std::string_view others = text.substr(0, lengthOfOtherWords(text));
-        const auto count = others.empty() ? std::size_t{0} : wordCountByRules(others);
-        if (!count) {
-            return std::nullopt;
-        }
-        words += *count;
-        text.remove_prefix(others.size());
-    }
-    return words;
 }
 
 } // namespace platform::Text

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "services/QMMetadataService.h"
 
+#include "tests/unit/support/StandardUserDefaults.h"
+
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,13 +16,6 @@ using Keys = QMMetadataService::Keys;
 
 QMMetadataCategory category(std::int64_t number) {
     return static_cast<QMMetadataCategory>(number);
-}
-
-// A service of a user whose preferences hold one array.
-std::shared_ptr<QMMetadataService> serviceStoring(const std::string& key, const Keys& array) {
-    return QMMetadataService::init({[key, array](const std::string& asked) {
-        return asked == key ? std::optional(array) : std::nullopt;
-    }});
 }
 
 TEST(QMMetadataService, IsOneForTheProcess) {
@@ -80,29 +75,49 @@ TEST(QMMetadataService, LabelsKeysAndLeavesOthersAsTheyAre) {
     EXPECT_EQ(QMMetadataService::localizedNameForKey(""), "");
 }
 
-TEST(QMMetadataService, AllKeysAreEnabledUnlessTheUserChose) {
-    const auto service = serviceStoring("QMMetadataEnabled_6", {});
-    EXPECT_EQ(service->enabledKeysForCategory(QMMetadataCategoryDiskImage),
+class EnabledKeys : public testing::Test {
+protected:
+    static Keys keys(std::int64_t number) {
+        return QMMetadataService::enabledKeysForCategory(category(number));
+    }
+    void store(const char* key, const PropertyList& value) const {
+        defaults.save(PropertyList::Dictionary{{key, value}});
+    }
+
+private:
+    StandardUserDefaults defaults;
+};
+
+TEST_F(EnabledKeys, AreAllUnlessTheUserChose) {
+    EXPECT_EQ(keys(13),
               (Keys{"imageFormat", "compressedSize", "diskImageEncrypted", "partitionScheme"}));
     for (const std::int64_t number : {0, 2, 7, 17, 18, -1}) {
-        EXPECT_EQ(service->enabledKeysForCategory(category(number)), Keys()) << number;
+        EXPECT_EQ(keys(number), Keys()) << number;
     }
 }
 
-TEST(QMMetadataService, EmptyChoiceDisablesEveryKey) {
-    const auto service = serviceStoring("QMMetadataEnabled_6", {});
-    EXPECT_EQ(service->enabledKeysForCategory(QMMetadataCategoryPDF), Keys());
-    EXPECT_EQ(service->enabledKeysForCategory(QMMetadataCategoryText).size(), 7U);
+TEST_F(EnabledKeys, AreNoneWhenTheUserChoseNone) {
+    store("QMMetadataEnabled_6", Keys());
+    EXPECT_EQ(keys(6), Keys());
+    EXPECT_EQ(keys(5).size(), 7U);
 }
 
-TEST(QMMetadataService, ChoiceIsReturnedAsItIsStored) {
+TEST_F(EnabledKeys, AreReturnedAsTheyAreStored) {
     const Keys stored{"shebang", "no such key",     "encoding", std::int64_t{7},
                       true,      Keys{"lineCount"}, "encoding"};
-    EXPECT_EQ(serviceStoring("QMMetadataEnabled_5", stored)
-                  ->enabledKeysForCategory(QMMetadataCategoryText),
-              stored);
-    EXPECT_EQ(serviceStoring("QMMetadataEnabled_-1", stored)->enabledKeysForCategory(category(-1)),
-              stored);
+    store("QMMetadataEnabled_5", stored);
+    EXPECT_EQ(keys(5), stored);
+    store("QMMetadataEnabled_-1", stored);
+    EXPECT_EQ(keys(-1), stored);
+}
+
+TEST_F(EnabledKeys, AreAllWhenWhatIsStoredIsNoArray) {
+    for (const PropertyList& value :
+         {PropertyList("shebang"), PropertyList(false), PropertyList(std::int64_t{0}),
+          PropertyList(PropertyList::Dictionary{{"shebang", true}})}) {
+        store("QMMetadataEnabled_5", value);
+        EXPECT_EQ(keys(5).size(), 7U);
+    }
 }
 
 TEST(QMMetadataService, KeysAreContainedAsTextsOnly) {

@@ -22,7 +22,7 @@ const Keys allKeys{"encoding",   "lineCount", "wordCount", "charCount",
 
 QMMetadataEntries entriesOf(const std::string& path, const Keys& keys = allKeys) {
     QMMetadataEntries entries;
-    QMMetadataService::extractTextMetadata(path, keys, entries);
+    QMMetadataService::sharedService()->extractTextMetadata(path, keys, entries);
     return entries;
 }
 
@@ -130,7 +130,8 @@ TEST_F(QMMetadataServiceText, LabelsEntriesAndMarksHeadlines) {
 
 TEST_F(QMMetadataServiceText, AppendsToWhatIsThere) {
     QMMetadataEntries entries{QMMetadataEntry::entryWithKey("first", "l", "v")};
-    QMMetadataService::extractTextMetadata(folder.file("f.txt"), {"lineCount"}, entries);
+    QMMetadataService::sharedService()->extractTextMetadata(folder.file("f.txt"), {"lineCount"},
+                                                            entries);
     ASSERT_EQ(entries.size(), 2U);
     EXPECT_EQ(entries.front()->key, "first");
 }

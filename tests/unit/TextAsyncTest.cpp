@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/linux/WordBreaks.h"
+#include "platform/Text.h"
 
 #include <array>
 #include <cstddef>
@@ -11,9 +11,9 @@
 
 namespace {
 
-using platform::wordCountByRules;
+using platform::Text::wordCount;
 
-TEST(WordBreaks, ThreadsCountSideBySide) {
+TEST(TextAsync, ThreadsCountWordsSideBySide) {
     using Case = std::pair<const char*, std::size_t>;
     constexpr std::array<Case, 2> cases{{{"日本語を勉強する", 4}, {"привет, ко\u0301т", 2}}};
     std::array<std::size_t, 4> agreed{};
@@ -22,7 +22,7 @@ TEST(WordBreaks, ThreadsCountSideBySide) {
         threads.emplace_back([&, i] {
             for (int round = 0; round < 200; ++round) {
                 const auto& [text, count] = cases[i % cases.size()];
-                agreed[i] += wordCountByRules(text) == count ? 1U : 0U;
+                agreed[i] += wordCount(text) == count ? 1U : 0U;
             }
         });
     }

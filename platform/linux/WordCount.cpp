@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/linux/WordBreaks.h"
-
+#include "platform/Text.h"
 #include "platform/linux/Icu.h"
 
 #include <limits>
 #include <memory>
 #include <utility>
 
-namespace platform {
+namespace platform::Text {
 namespace {
 
 using Iterator = std::unique_ptr<icu::BreakIterator>;
@@ -32,7 +31,7 @@ struct WordIterator {
 
 } // namespace
 
-std::optional<std::size_t> wordCountByRules(std::string_view text) {
+std::optional<std::size_t> wordCount(std::string_view text) {
     thread_local WordIterator words;
     if (!words.iterator || text.size() > std::numeric_limits<std::int32_t>::max()) {
         return std::nullopt;
@@ -51,4 +50,4 @@ std::optional<std::size_t> wordCountByRules(std::string_view text) {
     return count;
 }
 
-} // namespace platform
+} // namespace platform::Text

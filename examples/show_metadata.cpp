@@ -1,0 +1,167 @@
+// SPDX-License-Identifier: Apache-2.0
+// Usage: show_metadata [--keys KEY,...] [--jobs N] FILE...
+// Tells what is in files as an application would, in one JSON array in the order of the arguments,
+// with null for a file that nothing can be told of. --keys enables these keys alone, --jobs lets N
+// files be read at a time. Status 10 for arguments that are not understood.
+#include "foundation/QMPreferencesKeys.h"
+#include "platform/DispatchQueue.h"
+#include "platform/Format.h"
+#include "platform/Json.h"
+#include "platform/UserDefaults.h"
+#include "services/QMMetadataService.h"
+
+#include <charconv>
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using platform::Json;
+using platform::PropertyList;
+using platform::UserDefaults;
+
+struct Options {
+    std::vector<std::string> files;
+    std::optional<PropertyList::Array> keys;
+    std::size_t jobs = 1;
+};
+
+PropertyList::Array splitAtCommas(std::string_view list) {
+    PropertyList::Array parts;
+    for (auto comma = list.find(','); comma != list.npos; comma = list.find(',')) {
+        parts.emplace_back(std::string(list.substr(0, comma)));
+        list.remove_prefix(comma + 1);
+    }
+    parts.emplace_back(std::string(list));
+    return parts;
+}
+
+std::optional<std::size_t> positiveNumber(std::string_view text) {
+    std::size_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isWhole = error == std::errc() && end == text.data() + text.size();
+    return isWhole && number > 0 ? std::optional(number) : std::nullopt;
+}
+
+std::optional<Options> optionsIn(const std::vector<std::string_view>& arguments) {
+    Options options;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string_view argument = arguments[i];
+        const bool isOption = argument == "--keys" || argument == "--jobs";
+        if (!isOption) {
+            options.files.emplace_back(argument);
+        } else if (++i == arguments.size()) {
+            return std::nullopt;
+        } else if (argument == "--keys") {
+            options.keys = splitAtCommas(arguments[i]);
+        } else if (const auto jobs = positiveNumber(arguments[i])) {
+            options.jobs = *jobs;
+        } else {
+            return std::nullopt;
+        }
+    }
+    return options.files.empty() ? std::nullopt : std::optional(std::move(options));
+}
+
+// Settings of this process alone, in which every category has just these keys.
+void enableOnly(const PropertyList::Array& keys) {
+    static UserDefaults settings{std::string()};
+    UserDefaults::setStandard(&settings);
+    PropertyList::Dictionary enabled;
+    for (std::int64_t category = QMMetadataCategoryImageRaster;
+         category <= QMMetadataCategoryContact; ++category) {
+        enabled.emplace(platform::format("QMMetadataEnabled_{}", category), keys);
+    }
+    settings.registerDefaults(std::move(enabled));
+}
+
+Json textOrNull(const std::optional<std::string>& text) {
+    return text ? Json(*text) : Json(nullptr);
+}
+
+Json asJson(const std::string& path, const QMMetadataResult* result) {
+    if (result == nullptr) {
+        return nullptr;
+    }
+    Json::Array entries;
+    for (const auto& entry : *result->entries) {
+        entries.emplace_back(Json::Object{{"key", textOrNull(entry->key)},
+                                          {"localizedKey", textOrNull(entry->localizedKey)},
+                                          {"value", textOrNull(entry->value)},
+                                          {"isPrimary", entry->isPrimary}});
+    }
+    return Json::Object{{"path", path},
+                        {"category", std::int64_t{result->category}},
+                        {"categoryName", textOrNull(result->categoryName)},
+                        {"entries", std::move(entries)}};
+}
+
+/// Keeps as many extractions in flight as it may, until all files are done. Lives on the thread of
+/// the main queue.
+class Extractions {
+public:
+    explicit Extractions(Options wanted)
+        : options(std::move(wanted))
+        , results(options.files.size()) {}
+
+    Json::Array run() {
+        startSome();
+        platform::DispatchQueue::runMainQueueUntil([this] { return done == results.size(); });
+        return std::move(results);
+    }
+
+private:
+    void startSome() {
+        while (next < options.files.size() && next - done < options.jobs) {
+            start(next++);
+        }
+    }
+
+    void start(std::size_t number) {
+        const std::string& path = options.files[number];
+        const auto item = QMFileItem::initWithURL(platform::FileURL::fromPath(path));
+        isStarting = true;
+        QMMetadataService::sharedService()->extractMetadataForFileItem(
+            item, [this, number](const std::shared_ptr<QMMetadataResult>& result) {
+                results[number] = asJson(options.files[number], result.get());
+                ++done;
+                // An answer that comes at once is followed by the next file anyway.
+                if (!isStarting) {
+                    startSome();
+                }
+            });
+        isStarting = false;
+    }
+
+    Options options;
+    Json::Array results;
+    std::size_t next = 0;
+    std::size_t done = 0;
+    bool isStarting = false;
+};
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    auto options = optionsIn({argv + 1, argv + argc});
+    if (!options) {
+        std::fputs("Usage: show_metadata [--keys KEY,...] [--jobs N] FILE...\n", stderr);
+        return 10;
+    }
+    if (options->keys) {
+        enableOnly(*options->keys);
+    }
+    QMPreferencesKeys::registerDefaults();
+    std::string error;
+    const auto text = Json(Extractions(*std::move(options)).run()).serialized(error);
+    if (!text) {
+        std::fprintf(stderr, "%s\n", error.c_str());
+        return 1;
+    }
+    std::printf("%s\n", text->c_str());
+    return 0;
+}
