@@ -130,7 +130,7 @@ json_holds() {
 import json, sys
 document = json.loads(open(sys.argv[1], "rb").read().decode("utf-8", "strict"))
 wanted = sys.argv[3:]
-sys.exit(0 if eval(sys.argv[2]) else 1)
+sys.exit(0 if eval("(" + sys.argv[2] + ")") else 1)
 ' "$seen/out" "$@" || complain "does not hold: $1"
 }
 
