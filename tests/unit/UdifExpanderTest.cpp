@@ -52,8 +52,8 @@ private:
 // The outcome of an expansion: the disk's bytes, or why there are none.
 std::string expanded(const DiskOfImage& image, unsigned threads) {
     const Target target;
-    return expandUdif(*image.file, image.image, target.descriptor(), threads)
-        .value_or(target.bytes());
+    const auto failure = expandUdif(*image.file, image.image, target.descriptor(), threads);
+    return failure ? failure->reason : target.bytes();
 }
 
 TEST(UdifExpander, WritesTheDisk) {
@@ -96,7 +96,7 @@ TEST(UdifExpander, LeavesHolesForZeros) {
     // The zeros are kept as data, so only the writer can find them; chunks do not start at blocks.
     for (const Kind kind : {Kind::raw, Kind::zlib}) {
         const DiskOfImage image(udif::imageOf(disk, {kind, kind, 1023, 1}));
-        EXPECT_EQ(expandUdif(*image.file, image.image, target.descriptor(), 2), std::nullopt);
+        EXPECT_FALSE(expandUdif(*image.file, image.image, target.descriptor(), 2));
         EXPECT_EQ(target.bytes(), disk);
         EXPECT_LE(target.status().st_blocks * 512, 1 << 16);
     }
@@ -113,7 +113,7 @@ TEST(UdifExpander, MakesLargeEmptyDisksOfNothing) {
                             {{udif::typeOf(Kind::ignore), 0, parts.sectorCount, 0, 0}}});
     const DiskOfImage image(udif::imageOf(parts));
     const Target target;
-    EXPECT_EQ(expandUdif(*image.file, image.image, target.descriptor(), 2), std::nullopt);
+    EXPECT_FALSE(expandUdif(*image.file, image.image, target.descriptor(), 2));
     EXPECT_EQ(target.status().st_size, std::int64_t{1} << 39U);
     EXPECT_EQ(target.status().st_blocks, 0);
 }
@@ -124,7 +124,7 @@ TEST(UdifExpander, ForgetsWhatTheFileHeld) {
     const Target target(::open(path.c_str(), O_RDWR | O_CLOEXEC));
     const std::string disk = udif::sampleDisk(3) + std::string(61 * 512, '\0');
     const DiskOfImage image(udif::imageOf(disk));
-    EXPECT_EQ(expandUdif(*image.file, image.image, target.descriptor(), 1), std::nullopt);
+    EXPECT_FALSE(expandUdif(*image.file, image.image, target.descriptor(), 1));
     EXPECT_EQ(target.bytes(), disk);
 }
 
@@ -146,10 +146,12 @@ TEST(UdifExpander, SaysThatItCannotExpandLzfse) {
 TEST(UdifExpander, SaysWhyTheSystemDoesNotWrite) {
     const DiskOfImage image(udif::imageOf(udif::sampleDisk(64), {Kind::zlib, Kind::zero, 4, 1}));
     const Target readOnly(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-    EXPECT_EQ(expandUdif(*image.file, image.image, readOnly.descriptor(), 2), "Invalid argument");
+    const auto failure = expandUdif(*image.file, image.image, readOnly.descriptor(), 2).value();
+    EXPECT_EQ(failure.reason, "Invalid argument");
+    EXPECT_TRUE(failure.canGoOn);
     const Target sealed;
     ASSERT_EQ(::fcntl(sealed.descriptor(), F_ADD_SEALS, F_SEAL_WRITE), 0);
-    EXPECT_EQ(expandUdif(*image.file, image.image, sealed.descriptor(), 2),
+    EXPECT_EQ(expandUdif(*image.file, image.image, sealed.descriptor(), 2).value().reason,
               "Operation not permitted");
 }
 
@@ -158,8 +160,9 @@ TEST(UdifExpander, SaysThatAFileHasChangedUnderIt) {
     const DiskOfImage image(bytes);
     const MemorySource shorter(bytes.substr(0, 8 * 256 + 1));
     const Target target;
-    EXPECT_EQ(expandUdif(shorter, image.image, target.descriptor(), 1),
-              "the chunk at sector 4 is damaged");
+    const auto failure = expandUdif(shorter, image.image, target.descriptor(), 1).value();
+    EXPECT_EQ(failure.reason, "the chunk at sector 4 is damaged");
+    EXPECT_FALSE(failure.canGoOn);
 }
 
 } // namespace

@@ -2,11 +2,10 @@
 #include "platform/linux/hdiutil/Undo.h"
 
 #include "platform/linux/hdiutil/Mounting.h"
+#include "platform/linux/hdiutil/PartialDisk.h"
 
 #include <cerrno>
 #include <cstddef>
-
-#include <unistd.h>
 
 namespace platform::hdiutil {
 
@@ -20,8 +19,7 @@ bool undo(const AttachRecord& record, const AttachRecords& records) {
         }
     }
     // A mount may still need the disk.
-    if (isUndone && !record.expandedDisk.empty() && ::unlink(record.expandedDisk.c_str()) != 0 &&
-        errno != ENOENT) {
+    if (isUndone && !record.expandedDisk.empty() && !removeDisk(record.expandedDisk)) {
         error = errno;
         isUndone = false;
     }
