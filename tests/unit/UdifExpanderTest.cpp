@@ -165,4 +165,72 @@ TEST(UdifExpander, SaysThatAFileHasChangedUnderIt) {
     EXPECT_FALSE(failure.canGoOn);
 }
 
+// The disk so far, as far as that is said to be written.
+std::string partOf(const Target& target, std::uint64_t written) {
+    return target.bytes().substr(0, written);
+}
+
+TEST(UdifExpander, TellsOfNothingThatIsNotWritten) {
+    const std::string disk = udif::sampleDisk(3000);
+    for (const Kind kind : {Kind::raw, Kind::zlib}) {
+        for (const unsigned threads : {1U, 4U}) {
+            const DiskOfImage image(udif::imageOf(disk, {kind, Kind::zero, 64, 1}));
+            const Target target;
+            std::vector<std::uint64_t> told{0};
+            const auto onWritten = [&](std::uint64_t written) {
+                EXPECT_GT(written, told.back());
+                told.push_back(written);
+                EXPECT_TRUE(partOf(target, written) == disk.substr(0, written)) << written;
+            };
+            EXPECT_FALSE(
+                expandUdif(*image.file, image.image, target.descriptor(), threads, {0, onWritten}));
+            EXPECT_EQ(told.back(), disk.size());
+            EXPECT_GT(told.size(), 2U);
+        }
+    }
+}
+
+TEST(UdifExpander, GoesOnWhereItWasInterrupted) {
+    const std::string disk = udif::sampleDisk(5000);
+    for (const Kind kind : {Kind::raw, Kind::zlib}) {
+        const DiskOfImage image(udif::imageOf(disk, {kind, Kind::zero, 2500, 1}));
+        for (const std::uint64_t written : {512U, 2500U * 512, 2501U * 512, 5000U * 512}) {
+            const TemporaryFolder folder;
+            // Whatever was written is not looked at, and whatever follows it is not kept.
+            const std::string path = folder.file("disk", std::string(disk.size() + 1, 'x'));
+            const Target target(::open(path.c_str(), O_RDWR | O_CLOEXEC));
+            EXPECT_FALSE(
+                expandUdif(*image.file, image.image, target.descriptor(), 2, {written, {}}));
+            // Compressed chunks are written as a whole.
+            const std::uint64_t kept =
+                kind == Kind::raw ? written : written / (2500 * 512) * 2500 * 512;
+            EXPECT_TRUE(target.bytes() == std::string(kept, 'x') + disk.substr(kept)) << written;
+        }
+    }
+}
+
+TEST(UdifExpander, StopsWhereTheSystemStopsItAndGoesOnLater) {
+    const std::string disk = udif::sampleDisk(5000);
+    for (const Kind kind : {Kind::raw, Kind::zlib}) {
+        const DiskOfImage image(udif::imageOf(disk, {kind, Kind::zero, 64, 1}));
+        const Target first;
+        std::uint64_t reached = 0;
+        const auto stopHalfWay = [&](std::uint64_t written) {
+            reached = written;
+            if (written >= disk.size() / 2) {
+                ::fcntl(first.descriptor(), F_ADD_SEALS, F_SEAL_WRITE);
+            }
+        };
+        const auto failure =
+            expandUdif(*image.file, image.image, first.descriptor(), 4, {0, stopHalfWay});
+        ASSERT_TRUE(failure && failure->canGoOn);
+        ASSERT_LT(reached, disk.size());
+        const TemporaryFolder folder;
+        const std::string path = folder.file("disk", partOf(first, reached));
+        const Target second(::open(path.c_str(), O_RDWR | O_CLOEXEC));
+        EXPECT_FALSE(expandUdif(*image.file, image.image, second.descriptor(), 4, {reached, {}}));
+        EXPECT_TRUE(second.bytes() == disk);
+    }
+}
+
 } // namespace

@@ -28,8 +28,7 @@ std::int64_t nanosecondsOf(const struct timespec& time) {
 // Whether whatever is written from now on leaves another time than the file has.
 bool isSettled(const FileState& file) {
     const auto now = std::chrono::system_clock::now() - coarsestTime;
-    return file.modified <
-           std::chrono::nanoseconds(now.time_since_epoch()).count();
+    return file.modified < std::chrono::nanoseconds(now.time_since_epoch()).count();
 }
 
 std::string lineOf(const FileState& file) {
@@ -79,8 +78,7 @@ FileState fileStateOf(const struct stat& status) {
 }
 
 std::optional<ImageState> imageStateOf(const FileState& file) {
-    return file.isRegular && isSettled(file) ? std::optional(digestOf(lineOf(file)))
-                                             : std::nullopt;
+    return file.isRegular && isSettled(file) ? std::optional(digestOf(lineOf(file))) : std::nullopt;
 }
 
 std::optional<ImageState> bundleStateAt(const std::string& path) {

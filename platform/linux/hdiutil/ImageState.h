@@ -17,10 +17,10 @@ namespace platform::hdiutil {
 struct FileState {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
-    std::uint64_t size = 0;      ///< in bytes
-    std::int64_t modified = 0;   ///< nanoseconds since 1970: the last writing to it
-    std::int64_t changed = 0;    ///< the same: the last change of anything, which nobody can set
-    bool isRegular = false;      ///< a file, and not a device, whose times say nothing
+    std::uint64_t size = 0;    ///< in bytes
+    std::int64_t modified = 0; ///< nanoseconds since 1970: the last writing to it
+    std::int64_t changed = 0;  ///< the same: the last change of anything, which nobody can set
+    bool isRegular = false;    ///< a file, and not a device, whose times say nothing
 
     friend bool operator==(const FileState&, const FileState&) = default;
 };

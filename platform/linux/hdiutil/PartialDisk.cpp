@@ -47,9 +47,9 @@ bool holdAlone(int note, struct stat& status) {
 std::optional<ExpansionProgress> readNote(int note) {
     std::array<std::byte, ExpansionProgress::maximumSize> buffer{};
     const ssize_t count = ::pread(note, buffer.data(), buffer.size(), 0);
-    return count < 0 ? std::nullopt
-                     : ExpansionProgress::parse(
-                           DataView(buffer).first(static_cast<std::size_t>(count)));
+    return count < 0
+               ? std::nullopt
+               : ExpansionProgress::parse(DataView(buffer).first(static_cast<std::size_t>(count)));
 }
 
 std::optional<Left> seize(const std::string& notePath) {
