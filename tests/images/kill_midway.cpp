@@ -19,13 +19,18 @@ namespace {
 
 std::atomic<std::size_t> written = 0;
 
+// Null where it is not set.
+const char* setting(const char* name) {
+    return ::getenv(name); // NOLINT(concurrency-mt-unsafe): nobody changes the environment
+}
+
 void die() {
     ::kill(::getpid(), SIGKILL);
     ::pause();
 }
 
 ssize_t write(int descriptor, const void* bytes, std::size_t count, off_t offset) {
-    const char* const limit = ::getenv("KILL_AFTER_BYTES");
+    const char* const limit = setting("KILL_AFTER_BYTES");
     if (limit != nullptr && (written += count) > std::strtoull(limit, nullptr, 10)) {
         die();
     }
@@ -34,6 +39,8 @@ ssize_t write(int descriptor, const void* bytes, std::size_t count, off_t offset
 
 } // namespace
 
+// The names of parameters in the system's headers are the system's own.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 extern "C" {
 
 ssize_t pwrite(int descriptor, const void* bytes, std::size_t count, off_t offset) {
@@ -46,15 +53,15 @@ ssize_t pwrite64(int descriptor, const void* bytes, std::size_t count, off64_t o
 
 // Where the C++ library asks for the number of threads that are worth it.
 int get_nprocs() noexcept {
-    return ::getenv("ONE_CORE") != nullptr ? 1
-                                           : static_cast<int>(::sysconf(_SC_NPROCESSORS_ONLN));
+    return setting("ONE_CORE") != nullptr ? 1 : static_cast<int>(::sysconf(_SC_NPROCESSORS_ONLN));
 }
 
 int unlink(const char* path) noexcept {
-    const char* const end = ::getenv("KILL_AT_UNLINK");
+    const char* const end = setting("KILL_AT_UNLINK");
     if (end != nullptr && std::string_view(path).ends_with(end)) {
         die();
     }
     return static_cast<int>(::syscall(SYS_unlinkat, AT_FDCWD, path, 0));
 }
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)

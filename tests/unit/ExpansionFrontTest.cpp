@@ -23,9 +23,8 @@ constexpr std::uint64_t diskSize = 24 * sector;
 class Front {
 public:
     explicit Front(std::uint64_t written = 0)
-        : m_front(chunks, diskSize, 2, {written, [this](std::uint64_t byte) {
-                                            told.push_back(byte / sector);
-                                        }}) {}
+        : m_front(chunks, diskSize, 2,
+                  {written, [this](std::uint64_t byte) { told.push_back(byte / sector); }}) {}
 
     // The first sector of the worker's next chunk; 99 for none.
     std::uint64_t next(std::size_t worker) {
@@ -101,8 +100,8 @@ TEST(ExpansionFront, GoesOnWhereItWasInterrupted) {
 
 TEST(ExpansionFront, NeedsNobodyToListen) {
     ExpansionFront front(chunks, diskSize, 1, {});
-    for (std::size_t i = 0; i < chunks.size(); ++i) {
-        EXPECT_EQ(front.next(0), &chunks[i]);
+    for (const UdifChunk& expected : chunks) {
+        EXPECT_EQ(front.next(0), &expected);
     }
     EXPECT_EQ(front.next(0), nullptr);
 }

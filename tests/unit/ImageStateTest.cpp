@@ -30,8 +30,8 @@ TEST(ImageState, DependsOnEverythingThatWritingChanges) {
     ASSERT_TRUE(state);
     EXPECT_EQ(imageStateOf(someFile), state);
     const std::vector<std::function<void(FileState&)>> changes{
-        [](FileState& file) { ++file.device; },   [](FileState& file) { ++file.inode; },
-        [](FileState& file) { ++file.size; },     [](FileState& file) { ++file.modified; },
+        [](FileState& file) { ++file.device; },  [](FileState& file) { ++file.inode; },
+        [](FileState& file) { ++file.size; },    [](FileState& file) { ++file.modified; },
         [](FileState& file) { ++file.changed; },
     };
     for (const auto& change : changes) {

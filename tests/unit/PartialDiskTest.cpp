@@ -36,8 +36,8 @@ void overwrite(const std::string& path, std::size_t offset, const std::string& b
 // A sparse image that keeps the disk in one band.
 std::string sparseImage(const std::string& disk) {
     std::string header = "sprs";
-    for (const std::uint64_t field : {std::uint64_t{3}, disk.size() / 512, std::uint64_t{1},
-                                      disk.size() / 512}) {
+    for (const std::uint64_t field :
+         {std::uint64_t{3}, disk.size() / 512, std::uint64_t{1}, disk.size() / 512}) {
         header += udif::bigEndian(static_cast<std::uint32_t>(field));
     }
     header.resize(64);
@@ -50,9 +50,7 @@ class PartialDiskTest : public testing::Test {
 protected:
     PartialDiskTest() { writeImage(sparseImage(disk)); }
 
-    void writeImage(const std::string& bytes) const {
-        makeOld(folder.file("image", bytes));
-    }
+    void writeImage(const std::string& bytes) const { makeOld(folder.file("image", bytes)); }
     [[nodiscard]] DiskImage image() const {
         return std::get<DiskImage>(openDiskImage(folder.path("image")));
     }

@@ -14,6 +14,7 @@
 
 namespace {
 
+using platform::hdiutil::ByteSource;
 using platform::hdiutil::expandUdif;
 using udif::Kind;
 
@@ -185,7 +186,8 @@ TEST(UdifExpander, TellsOfNothingThatIsNotWritten) {
             EXPECT_FALSE(
                 expandUdif(*image.file, image.image, target.descriptor(), threads, {0, onWritten}));
             EXPECT_EQ(told.back(), disk.size());
-            EXPECT_GT(told.size(), 2U);
+            // Of several threads, one may keep all others waiting.
+            EXPECT_GT(told.size(), threads == 1 ? 2U : 1U);
         }
     }
 }
@@ -209,20 +211,34 @@ TEST(UdifExpander, GoesOnWhereItWasInterrupted) {
     }
 }
 
+// An image after half of which nothing more can be written.
+class StoppingSource final : public ByteSource {
+public:
+    StoppingSource(const ByteSource& whole, int target)
+        : m_whole(whole)
+        , m_target(target) {}
+    [[nodiscard]] std::uint64_t size() const override { return m_whole.size(); }
+    [[nodiscard]] bool read(std::uint64_t offset, std::span<std::byte> buffer) const override {
+        if (offset >= size() / 2) {
+            ::fcntl(m_target, F_ADD_SEALS, F_SEAL_WRITE);
+        }
+        return m_whole.read(offset, buffer);
+    }
+
+private:
+    const ByteSource& m_whole;
+    int m_target;
+};
+
 TEST(UdifExpander, StopsWhereTheSystemStopsItAndGoesOnLater) {
     const std::string disk = udif::sampleDisk(5000);
     for (const Kind kind : {Kind::raw, Kind::zlib}) {
         const DiskOfImage image(udif::imageOf(disk, {kind, Kind::zero, 64, 1}));
         const Target first;
+        const StoppingSource file(*image.file, first.descriptor());
         std::uint64_t reached = 0;
-        const auto stopHalfWay = [&](std::uint64_t written) {
-            reached = written;
-            if (written >= disk.size() / 2) {
-                ::fcntl(first.descriptor(), F_ADD_SEALS, F_SEAL_WRITE);
-            }
-        };
-        const auto failure =
-            expandUdif(*image.file, image.image, first.descriptor(), 4, {0, stopHalfWay});
+        const auto failure = expandUdif(file, image.image, first.descriptor(), 4,
+                                        {0, [&](std::uint64_t written) { reached = written; }});
         ASSERT_TRUE(failure && failure->canGoOn);
         ASSERT_LT(reached, disk.size());
         const TemporaryFolder folder;
