@@ -195,6 +195,7 @@ TEST(UdifExpander, TellsOfNothingThatIsNotWritten) {
 TEST(UdifExpander, GoesOnWhereItWasInterrupted) {
     const std::string disk = udif::sampleDisk(5000);
     for (const Kind kind : {Kind::raw, Kind::zlib}) {
+        constexpr std::uint64_t chunkSize = std::uint64_t{2500} * 512;
         const DiskOfImage image(udif::imageOf(disk, {kind, Kind::zero, 2500, 1}));
         for (const std::uint64_t written : {512U, 2500U * 512, 2501U * 512, 5000U * 512}) {
             const TemporaryFolder folder;
@@ -204,8 +205,7 @@ TEST(UdifExpander, GoesOnWhereItWasInterrupted) {
             EXPECT_FALSE(
                 expandUdif(*image.file, image.image, target.descriptor(), 2, {written, {}}));
             // Compressed chunks are written as a whole.
-            const std::uint64_t kept =
-                kind == Kind::raw ? written : written / (2500 * 512) * 2500 * 512;
+            const std::uint64_t kept = kind == Kind::raw ? written : written - written % chunkSize;
             EXPECT_TRUE(target.bytes() == std::string(kept, 'x') + disk.substr(kept)) << written;
         }
     }
