@@ -1,10 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "bench/BenchFolder.h"
 #include "bench/CachedFile.h"
+#include "foundation/QMPreferencesKeys.h"
+#include "platform/DispatchQueue.h"
 #include "services/QMMetadataService.h"
 #include "services/QMTextSample.h"
 
+#include <fstream>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <benchmark/benchmark.h>
 
@@ -68,5 +74,67 @@ BENCHMARK_CAPTURE(textMetadata, russian, russian);
 BENCHMARK_CAPTURE(textMetadata, japanese, japanese);
 BENCHMARK_CAPTURE(textMetadata, source, source);
 BENCHMARK_CAPTURE(textMetadata, nothing, std::string_view());
+
+/// Ten thousand files of source code, 4 KiB each, as items.
+class SmallFiles {
+public:
+    SmallFiles() {
+        constexpr int count = 10'000;
+        constexpr std::size_t size = 4096;
+        const std::string contents = repeated(source).substr(0, size);
+        for (int number = 0; number < count; ++number) {
+            const auto path = m_folder.path() / std::to_string(number).append(".cpp");
+            std::ofstream(path, std::ios::binary) << contents;
+            m_items.push_back(QMFileItem::initWithURL(platform::FileURL::fromPath(path.native())));
+        }
+    }
+    [[nodiscard]] const std::vector<std::shared_ptr<QMFileItem>>& items() const { return m_items; }
+
+private:
+    BenchFolder m_folder;
+    std::vector<std::shared_ptr<QMFileItem>> m_items;
+};
+
+/// Keeps `jobs` extractions in flight until all items are done.
+class Driver {
+public:
+    Driver(const std::vector<std::shared_ptr<QMFileItem>>& items, std::size_t jobs)
+        : m_items(items)
+        , m_jobs(jobs) {}
+
+    void run() {
+        while (m_started < m_jobs) {
+            startNext();
+        }
+        platform::DispatchQueue::runMainQueueUntil([this] { return m_done == m_items.size(); });
+    }
+
+private:
+    void startNext() {
+        QMMetadataService::sharedService()->extractMetadataForFileItem(
+            m_items[m_started++], [this](const std::shared_ptr<QMMetadataResult>& result) {
+                benchmark::DoNotOptimize(result->entries->size());
+                ++m_done;
+                if (m_started < m_items.size()) {
+                    startNext();
+                }
+            });
+    }
+
+    const std::vector<std::shared_ptr<QMFileItem>>& m_items;
+    std::size_t m_jobs;
+    std::size_t m_started = 0;
+    std::size_t m_done = 0;
+};
+
+void driver(benchmark::State& state) {
+    static const SmallFiles files;
+    QMPreferencesKeys::registerDefaults();
+    for (auto _ : state) {
+        Driver(files.items(), static_cast<std::size_t>(state.range(0))).run();
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(files.items().size()));
+}
+BENCHMARK(driver)->Arg(1)->Arg(2)->Arg(8)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 } // namespace

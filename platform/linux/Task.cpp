@@ -2,6 +2,7 @@
 #include "platform/Task.h"
 
 #include "platform/DispatchQueue.h"
+#include "platform/linux/Descriptor.h"
 #include "platform/linux/Spawn.h"
 
 #include <array>
@@ -22,33 +23,6 @@ extern "C" {
 
 namespace platform {
 namespace {
-
-/// A descriptor that is closed at the end.
-class Descriptor {
-public:
-    Descriptor() = default;
-    explicit Descriptor(int number)
-        : m_number(number) {}
-    Descriptor(Descriptor&& other) noexcept
-        : m_number(std::exchange(other.m_number, -1)) {}
-    Descriptor& operator=(Descriptor&& other) noexcept {
-        std::swap(m_number, other.m_number);
-        return *this;
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (m_number >= 0) {
-            ::close(m_number);
-        }
-    }
-
-    [[nodiscard]] int number() const { return m_number; }
-    [[nodiscard]] int release() { return std::exchange(m_number, -1); }
-
-private:
-    int m_number = -1;
-};
 
 /// A pipe, or the null device in its place.
 struct Channel {

@@ -6,6 +6,7 @@
 #include "platform/linux/hdiutil/DiskFile.h"
 #include "platform/linux/hdiutil/DiskImage.h"
 #include "platform/linux/hdiutil/Mounting.h"
+#include "platform/linux/hdiutil/PartialDisk.h"
 #include "platform/linux/hdiutil/PropertyText.h"
 #include "platform/linux/hdiutil/Undo.h"
 #include "platform/linux/hdiutil/WorkFolders.h"
@@ -61,6 +62,9 @@ public:
         if (record.volumes.empty()) {
             return Failure{"no mountable file systems"};
         }
+        if (partialDisk) {
+            partialDisk->release();
+        }
         record.isComplete = true;
         if (!records.store(record)) {
             record.isComplete = false;
@@ -77,17 +81,29 @@ private:
             isReadOnly = image.kind == DiskImage::Kind::optical || !isWritable(image.path);
             return records.store(record) ? std::nullopt : std::optional(systemFailure());
         }
-        const auto path = newDiskFilePath();
-        if (!path) {
+        partialDisk = PartialDisk::open(image);
+        if (!partialDisk) {
             return systemFailure();
         }
-        record.expandedDisk = *path;
+        record.expandedDisk = partialDisk->path();
         if (!records.store(record)) {
             return systemFailure();
         }
-        diskFile = *path;
+        diskFile = partialDisk->path();
         isReadOnly = true;
-        return expandDisk(image, diskFile);
+        return expand();
+    }
+
+    std::optional<Failure> expand() {
+        auto failure = expandDisk(image, *partialDisk);
+        // What is wanted now goes before what somebody may still want.
+        if (failure && failure->canGoOn && removePartialDisks(PartialDisks::all) > 0) {
+            failure = expandDisk(image, *partialDisk);
+        }
+        if (failure && failure->canGoOn && partialDisk->isOfUse()) {
+            record.expandedDisk.clear();
+        }
+        return failure ? std::optional(Failure{failure->reason}) : std::nullopt;
     }
 
     void addVolume(const Partition& part) {
@@ -167,20 +183,30 @@ private:
     const AttachRecords& records;
     DiskImage image;
     AttachRecord record;
+    std::optional<PartialDisk> partialDisk;
     std::string diskFile;
     bool isReadOnly = true;
 };
+
+// The start of a disk is left to whoever attaches its image again.
+AttachRecord withoutPartialDisk(AttachRecord record) {
+    if (isPartialDisk(record.expandedDisk)) {
+        record.expandedDisk.clear();
+    }
+    return record;
+}
 
 // An image that is attached already; what a crash or a restart has left of others is cleared away.
 std::optional<AttachRecord> takeStock(const AttachRecords& records, const std::string& image) {
     std::optional<AttachRecord> attached;
     for (const AttachRecord& record : records.all()) {
         if (!record.isComplete || !std::ranges::all_of(record.volumes, isThere)) {
-            undo(record, records);
+            undo(withoutPartialDisk(record), records);
         } else if (record.image == image) {
             attached = record;
         }
     }
+    removePartialDisks(PartialDisks::useless);
     return attached;
 }
 

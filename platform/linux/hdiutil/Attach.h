@@ -16,7 +16,8 @@ struct Failure {
 
 /// Shows the file systems of the image at `path` as folders and answers what is to be printed. An
 /// image that is attached already stays as it is, and the answer is the same again. After a
-/// failure nothing is left behind.
+/// failure nothing is left behind but, where the system stopped it, the start of an expanded disk
+/// for the next call.
 [[nodiscard]] std::variant<PropertyList, Failure> attachImage(const std::string& path);
 
 /// Undoes what attaching made of the image that is shown at `path` or has that device: all of its

@@ -18,8 +18,7 @@ namespace platform::hdiutil {
 namespace {
 
 // The size of a file or of a block device, or nullopt for anything else.
-std::optional<std::uint64_t> sizeOf(int descriptor) {
-    struct stat status {};
+std::optional<std::uint64_t> sizeOf(int descriptor, struct stat& status) {
     if (::fstat(descriptor, &status) != 0) {
         return std::nullopt;
     }
@@ -35,7 +34,8 @@ std::optional<std::uint64_t> sizeOf(int descriptor) {
 
 std::shared_ptr<const FileSource> FileSource::open(const std::string& path, std::string* reason) {
     const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
-    const auto size = descriptor < 0 ? std::nullopt : sizeOf(descriptor);
+    struct stat status {};
+    const auto size = descriptor < 0 ? std::nullopt : sizeOf(descriptor, status);
     if (!size) {
         if (reason != nullptr) {
             *reason = std::generic_category().message(errno);
@@ -45,7 +45,8 @@ std::shared_ptr<const FileSource> FileSource::open(const std::string& path, std:
         }
         return nullptr;
     }
-    return std::shared_ptr<const FileSource>(new FileSource(descriptor, *size));
+    return std::shared_ptr<const FileSource>(
+        new FileSource(descriptor, *size, fileStateOf(status)));
 }
 
 FileSource::~FileSource() {
@@ -69,6 +70,15 @@ bool FileSource::read(std::uint64_t offset, std::span<std::byte> buffer) const {
         offset += static_cast<std::uint64_t>(count);
     }
     return true;
+}
+
+bool FileSource::isUnchanged() const {
+    struct stat status {};
+    if (::fstat(m_descriptor, &status) != 0) {
+        return false;
+    }
+    const FileState now = fileStateOf(status);
+    return now.size == m_state.size && now.modified == m_state.modified;
 }
 
 PartSource::PartSource(std::shared_ptr<const ByteSource> whole, std::uint64_t offset,

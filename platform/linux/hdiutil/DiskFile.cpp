@@ -1,28 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/hdiutil/DiskFile.h"
 
-#include "platform/Format.h"
-#include "platform/linux/hdiutil/UdifExpander.h"
-#include "platform/linux/hdiutil/WorkFolders.h"
-
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <system_error>
 #include <thread>
 #include <vector>
 
-#include <fcntl.h>
 #include <unistd.h>
-
-#include <sys/random.h>
-#include <sys/statvfs.h>
 
 namespace platform::hdiutil {
 namespace {
 
-Failure systemFailure(int error) {
-    return {std::generic_category().message(error)};
+ExpansionFailure systemFailure(int error) {
+    return {std::generic_category().message(error), true};
 }
 
 bool isZero(std::span<const std::byte> bytes) {
@@ -43,34 +34,35 @@ bool writeAt(int descriptor, std::uint64_t offset, std::span<const std::byte> by
     return true;
 }
 
-// Copies a disk, leaving out what is zero.
-std::optional<Failure> copyDisk(const ByteSource& disk, int descriptor) {
+// Copies the rest of a disk, leaving out what is zero.
+std::optional<ExpansionFailure> copyDisk(const ByteSource& disk, int descriptor,
+                                         const ExpansionStart& start) {
     constexpr std::size_t pieceSize = std::size_t{1} << 20;
-    if (::ftruncate(descriptor, static_cast<off_t>(disk.size())) != 0) {
+    if (::ftruncate(descriptor, static_cast<off_t>(start.written)) != 0 ||
+        ::ftruncate(descriptor, static_cast<off_t>(disk.size())) != 0) {
         return systemFailure(errno);
     }
     std::vector<std::byte> piece(pieceSize);
-    for (std::uint64_t offset = 0; offset < disk.size(); offset += pieceSize) {
-        const auto length =
-            static_cast<std::size_t>(std::min<std::uint64_t>(pieceSize, disk.size() - offset));
-        const auto bytes = std::span(piece).first(length);
-        if (!disk.read(offset, bytes)) {
-            return Failure{"the image is damaged"};
+    for (std::uint64_t offset = start.written; offset < disk.size(); offset += piece.size()) {
+        piece.resize(
+            static_cast<std::size_t>(std::min<std::uint64_t>(pieceSize, disk.size() - offset)));
+        if (!disk.read(offset, piece)) {
+            return ExpansionFailure{"the image is damaged"};
         }
-        if (!isZero(bytes) && !writeAt(descriptor, offset, bytes)) {
+        if (!isZero(piece) && !writeAt(descriptor, offset, piece)) {
             return systemFailure(errno);
         }
+        start.onWritten(offset + piece.size());
     }
     return std::nullopt;
 }
 
-std::optional<Failure> writeDisk(const DiskImage& image, int descriptor) {
-    if (!image.udif) {
-        return copyDisk(*image.disk, descriptor);
-    }
-    auto reason = expandUdif(*image.file, *image.udif, descriptor,
-                             std::max(1U, std::thread::hardware_concurrency()));
-    return reason ? std::optional(Failure{*std::move(reason)}) : std::nullopt;
+std::optional<ExpansionFailure> writeDisk(const DiskImage& image, PartialDisk& disk) {
+    const ExpansionStart start{disk.written(),
+                               [&disk](std::uint64_t written) { disk.reached(written); }};
+    return image.udif ? expandUdif(*image.file, *image.udif, disk.descriptor(),
+                                   std::max(1U, std::thread::hardware_concurrency()), start)
+                      : copyDisk(*image.disk, disk.descriptor(), start);
 }
 
 } // namespace
@@ -79,28 +71,20 @@ bool isWritable(const std::string& path) {
     return ::access(path.c_str(), W_OK) == 0;
 }
 
-std::optional<std::string> newDiskFilePath() {
-    const auto folder = WorkFolders::expandedDisks();
-    if (!folder) {
-        return std::nullopt;
+std::optional<ExpansionFailure> expandDisk(const DiskImage& image, PartialDisk& disk) {
+    auto failure = writeDisk(image, disk);
+    if (failure && failure->canGoOn) {
+        disk.pause();
     }
-    std::uint64_t number = 0;
-    if (::getrandom(&number, sizeof number, 0) != sizeof number) {
-        return std::nullopt;
+    if (failure) {
+        return failure;
     }
-    return format("{}/{:x}.disk", *folder, number);
-}
-
-std::optional<Failure> expandDisk(const DiskImage& image, const std::string& path) {
-    constexpr mode_t privateMode = 0600;
-    const int descriptor =
-        ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, privateMode);
-    if (descriptor < 0) {
-        return systemFailure(errno);
+    if (!image.isUnchanged()) {
+        return ExpansionFailure{"the image was changed meanwhile"};
     }
-    auto failure = writeDisk(image, descriptor);
-    ::close(descriptor);
-    return failure;
+    // What was taken but could not be kept is not to be built upon.
+    return disk.finish() ? std::nullopt
+                         : std::optional(ExpansionFailure{systemFailure(errno).reason});
 }
 
 } // namespace platform::hdiutil

@@ -20,10 +20,11 @@ using Kind = DiskImage::Kind;
 
 const char* const notRecognized = "image not recognized";
 
-DiskImage imageOf(const std::string& path, Kind kind, std::shared_ptr<const ByteSource> file) {
+DiskImage imageOf(const std::string& path, Kind kind, std::shared_ptr<const FileSource> file) {
     DiskImage image;
     image.path = path;
     image.kind = kind;
+    image.state = imageStateOf(file->state());
     image.storedBytes = file->size();
     image.file = std::move(file);
     return image;
@@ -38,6 +39,7 @@ DiskImage withDisk(DiskImage image, std::shared_ptr<const ByteSource> disk) {
 }
 
 Opened openSparseBundle(const std::string& path) {
+    const auto state = bundleStateAt(path);
     const auto opened = SparseBundle::open(path);
     if (const auto* reason = std::get_if<std::string>(&opened)) {
         return *reason;
@@ -45,6 +47,7 @@ Opened openSparseBundle(const std::string& path) {
     const auto& bundle = std::get<std::shared_ptr<const SparseBundle>>(opened);
     DiskImage image;
     image.path = path;
+    image.state = state;
     image.kind = bundle->isEncrypted() ? Kind::encrypted : Kind::sparseBundle;
     image.storedBytes = bundle->storedBytes();
     return bundle->isEncrypted() ? image : withDisk(std::move(image), bundle);

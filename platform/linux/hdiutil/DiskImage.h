@@ -23,7 +23,9 @@ struct DiskImage {
     /// Of a UDIF image; empty for the others.
     std::optional<UdifImage> udif;
     /// The file; null for a sparse bundle, which is a folder.
-    std::shared_ptr<const ByteSource> file;
+    std::shared_ptr<const FileSource> file;
+    /// Of a moment before the first byte was read; nullopt when that cannot be told.
+    std::optional<ImageState> state;
     /// The bytes of the disk; null when they are encrypted.
     std::shared_ptr<const ByteSource> disk;
     /// The partitions of the disk; of no scheme when it has none.
@@ -36,6 +38,11 @@ struct DiskImage {
 
     /// Size of the disk, as far as it is known: for encrypted ones what the image takes up.
     [[nodiscard]] std::uint64_t totalBytes() const { return disk ? disk->size() : storedBytes; }
+
+    /// Whether nobody seems to have written to the image since it was opened.
+    [[nodiscard]] bool isUnchanged() const {
+        return file ? file->isUnchanged() : !state || bundleStateAt(path) == state;
+    }
 };
 
 /// Opens the image at `path`, or answers why it is none, in one line for people. A file of bytes

@@ -76,20 +76,24 @@ int writeSparsely(int descriptor, std::uint64_t offset, Bytes bytes) {
 
 class Expansion {
 public:
-    Expansion(const ByteSource& file, const UdifImage& image, int descriptor)
+    Expansion(const ByteSource& file, const UdifImage& image, int descriptor, std::size_t workers,
+              const ExpansionStart& start)
         : m_file(file)
         , m_image(image)
-        , m_descriptor(descriptor) {}
+        , m_descriptor(descriptor)
+        , m_written(start.written)
+        , m_front(image.chunks, image.sectorCount * udifSectorSize, workers, start) {}
 
     // Whether there is anything to do but to write the chunks.
     bool prepare() {
         if (!std::ranges::all_of(m_image.chunks, canExpand, &UdifChunk::kind)) {
-            fail("lzfse compression is not supported");
+            fail("lzfse compression is not supported", false);
             return false;
         }
         const auto size = static_cast<off_t>(m_image.sectorCount * udifSectorSize);
         // What the holes would otherwise let through goes first.
-        if (::ftruncate(m_descriptor, 0) != 0 || ::ftruncate(m_descriptor, size) != 0) {
+        const auto kept = static_cast<off_t>(m_written);
+        if (::ftruncate(m_descriptor, kept) != 0 || ::ftruncate(m_descriptor, size) != 0) {
             failForSystem(errno);
             return false;
         }
@@ -97,15 +101,15 @@ public:
     }
 
     // The part of each thread: takes chunks until there are none.
-    void work() {
+    void work(std::size_t worker) {
         try {
             Buffers buffers;
             while (!m_failed) {
-                const std::size_t index = m_next++;
-                if (index >= m_image.chunks.size()) {
+                const UdifChunk* const chunk = m_front.next(worker);
+                if (chunk == nullptr) {
                     return;
                 }
-                expand(m_image.chunks[index], buffers);
+                expand(*chunk, buffers, worker);
             }
         } catch (const std::bad_alloc&) {
             failForSystem(ENOMEM);
@@ -113,7 +117,7 @@ public:
     }
 
     // Once the threads are done.
-    [[nodiscard]] std::optional<std::string> reason() const { return m_reason; }
+    [[nodiscard]] std::optional<ExpansionFailure> failure() const { return m_failure; }
 
 private:
     struct Buffers {
@@ -121,11 +125,11 @@ private:
         std::vector<std::byte> expanded;
     };
 
-    void expand(const UdifChunk& chunk, Buffers& buffers) {
+    void expand(const UdifChunk& chunk, Buffers& buffers, std::size_t worker) {
         switch (chunk.kind) {
         case UdifChunk::Kind::zero:
         case UdifChunk::Kind::ignore: return;
-        case UdifChunk::Kind::raw: return copy(chunk, buffers.expanded);
+        case UdifChunk::Kind::raw: return copy(chunk, buffers.expanded, worker);
         default: break;
         }
         buffers.expanded.resize(static_cast<std::size_t>(chunk.sectorCount * udifSectorSize));
@@ -135,14 +139,18 @@ private:
         write(chunk.firstSector * udifSectorSize, buffers.expanded);
     }
 
-    void copy(const UdifChunk& chunk, std::vector<std::byte>& piece) {
+    // Such a chunk may be the whole disk, so it is gone on with in its middle.
+    void copy(const UdifChunk& chunk, std::vector<std::byte>& piece, std::size_t worker) {
+        const std::uint64_t start = chunk.firstSector * udifSectorSize;
         const std::uint64_t size = chunk.sectorCount * udifSectorSize;
-        for (std::uint64_t offset = 0; offset < size && !m_failed; offset += piece.size()) {
+        std::uint64_t offset = std::max(m_written, start) - start;
+        for (; offset < size && !m_failed; offset += piece.size()) {
+            m_front.reached(worker, start + offset);
             piece.resize(static_cast<std::size_t>(std::min(pieceSize, size - offset)));
             if (!m_file.read(chunk.dataOffset + offset, piece)) {
                 return failFor(chunk);
             }
-            write(chunk.firstSector * udifSectorSize + offset, piece);
+            write(start + offset, piece);
         }
     }
 
@@ -153,14 +161,14 @@ private:
     }
 
     void failFor(const UdifChunk& chunk) {
-        fail(format("the chunk at sector {} is damaged", chunk.firstSector));
+        fail(format("the chunk at sector {} is damaged", chunk.firstSector), false);
     }
-    void failForSystem(int error) { fail(std::generic_category().message(error)); }
+    void failForSystem(int error) { fail(std::generic_category().message(error), true); }
     // The first to fail says why; the others stop.
-    void fail(std::string reason) {
+    void fail(std::string reason, bool canGoOn) {
         const std::lock_guard lock(m_mutex);
-        if (!m_reason) {
-            m_reason = std::move(reason);
+        if (!m_failure) {
+            m_failure = ExpansionFailure{std::move(reason), canGoOn};
         }
         m_failed = true;
     }
@@ -168,10 +176,11 @@ private:
     const ByteSource& m_file;
     const UdifImage& m_image;
     int m_descriptor;
-    std::atomic<std::size_t> m_next = 0;
+    std::uint64_t m_written;
+    ExpansionFront m_front;
     std::atomic<bool> m_failed = false;
     std::mutex m_mutex;
-    std::optional<std::string> m_reason;
+    std::optional<ExpansionFailure> m_failure;
 };
 
 // Runs the work on so many threads, or on as many of them as the system grants.
@@ -179,23 +188,26 @@ void runOn(std::size_t threads, Expansion& expansion) {
     std::vector<std::jthread> helpers;
     try {
         while (helpers.size() + 1 < threads) {
-            helpers.emplace_back([&expansion] { expansion.work(); });
+            const std::size_t worker = helpers.size() + 1;
+            helpers.emplace_back([&expansion, worker] { expansion.work(worker); });
         }
     } catch (const std::system_error&) {
         // Slower, but no less right.
     }
-    expansion.work();
+    expansion.work(0);
 }
 
 } // namespace
 
-std::optional<std::string> expandUdif(const ByteSource& file, const UdifImage& image,
-                                      int descriptor, unsigned threads) {
-    Expansion expansion(file, image, descriptor);
+std::optional<ExpansionFailure> expandUdif(const ByteSource& file, const UdifImage& image,
+                                           int descriptor, unsigned threads,
+                                           const ExpansionStart& start) {
+    const auto workers = std::clamp<std::size_t>(image.chunks.size(), 1, std::max(threads, 1U));
+    Expansion expansion(file, image, descriptor, workers, start);
     if (expansion.prepare()) {
-        runOn(std::min<std::size_t>(threads, image.chunks.size()), expansion);
+        runOn(workers, expansion);
     }
-    return expansion.reason();
+    return expansion.failure();
 }
 
 } // namespace platform::hdiutil

@@ -3,6 +3,7 @@
 
 #include "platform/linux/hdiutil/MountAgain.h"
 #include "platform/linux/hdiutil/Mounting.h"
+#include "platform/linux/hdiutil/PartialDisk.h"
 #include "platform/linux/hdiutil/SpareMount.h"
 #include "platform/linux/hdiutil/WorkFolders.h"
 
@@ -11,8 +12,6 @@
 #include <optional>
 #include <utility>
 #include <vector>
-
-#include <unistd.h>
 
 namespace platform::hdiutil {
 namespace {
@@ -80,8 +79,7 @@ bool undo(const AttachRecord& record, const AttachRecords& records) {
         }
     }
     // A mount may still need the disk.
-    if (isUndone && !record.expandedDisk.empty() && ::unlink(record.expandedDisk.c_str()) != 0 &&
-        errno != ENOENT) {
+    if (isUndone && !record.expandedDisk.empty() && !removeDisk(record.expandedDisk)) {
         error = errno;
         isUndone = false;
     }
