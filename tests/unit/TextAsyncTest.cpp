@@ -3,9 +3,12 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdlib>
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -28,6 +31,22 @@ TEST(TextAsync, ThreadsCountWordsSideBySide) {
     }
     threads.clear();
     EXPECT_EQ(agreed, (std::array<std::size_t, 4>{200, 200, 200, 200}));
+}
+
+// Ends the process, and counts in a thread of its own once objects of the process are destroyed.
+void countAfterExit() {
+    static_cast<void>(std::atexit([] {
+        bool isRight = false;
+        std::jthread([&isRight] { isRight = wordCount("one two") == 2; }).join();
+        ::_exit(isRight ? 0 : 1);
+    }));
+    static_cast<void>(wordCount("one"));
+    std::exit(2); // NOLINT(concurrency-mt-unsafe): the only thread
+}
+
+TEST(TextAsyncDeathTest, ThreadsCountWhileTheProcessEnds) {
+    testing::FLAGS_gtest_death_test_style = "threadsafe";
+    EXPECT_EXIT(countAfterExit(), testing::ExitedWithCode(0), "");
 }
 
 } // namespace
