@@ -2,7 +2,8 @@
 // Usage: show_metadata [--keys KEY,...] [--jobs N] FILE...
 // Tells what is in files as an application would, in one JSON array in the order of the arguments,
 // with null for a file that nothing can be told of. --keys enables these keys alone, --jobs lets N
-// files be read at a time. Status 10 for arguments that are not understood.
+// files be read at a time. Status 10 for arguments that are not understood, 1 when nothing can be
+// written.
 #include "foundation/QMPreferencesKeys.h"
 #include "platform/DispatchQueue.h"
 #include "platform/Format.h"
@@ -109,7 +110,8 @@ public:
         , results(options.files.size()) {}
 
     Json::Array run() {
-        startSome();
+        // On the main queue, so that it is there before files can take up all descriptors.
+        platform::DispatchQueue::asyncMain([this] { startSome(); });
         platform::DispatchQueue::runMainQueueUntil([this] { return done == results.size(); });
         return std::move(results);
     }
@@ -163,5 +165,9 @@ int main(int argc, char* argv[]) {
         return 1;
     }
     std::printf("%s\n", text->c_str());
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        std::perror("show_metadata");
+        return 1;
+    }
     return 0;
 }

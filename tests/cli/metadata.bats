@@ -108,6 +108,27 @@ plistlib.dump({"QMMetadataEnabled": False}, open(sys.argv[1], "wb"))' "$settings
     json_holds '[len(d["entries"]) for d in document] == [0, 0, 0, 5, 0]'
 }
 
+@test "few descriptors end nothing, however many files are read at a time" {
+    local i descriptors
+    for i in {1..200}; do
+        echo a >"$i.txt"
+        echo a >"$i.dmg"
+    done
+    for descriptors in 6 7 8 12 40; do
+        capture bash -c 'ulimit -n "$1"; exec "$0" --jobs 500 "${@:2}"' \
+            "$SHOW_METADATA" "$descriptors" ./*.dmg ./*.txt
+        succeeds
+        json_holds 'len(document) == 400 and None not in document'
+    done
+}
+
+@test "what cannot be written is an error" {
+    echo a >a.txt
+    capture bash -c 'exec "$0" a.txt >/dev/full' "$SHOW_METADATA"
+    status_is 1
+    [ "$(cat "$seen/err")" = 'show_metadata: No space left on device' ]
+}
+
 @test "disk images through the tool" {
     make_tree
     genisoimage -quiet -V DISC -o disc.iso tree
