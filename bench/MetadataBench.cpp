@@ -64,7 +64,7 @@ void textMetadata(benchmark::State& state, std::string_view text) {
     const auto keys = service->enabledKeysForCategory(QMMetadataCategoryText);
     for (auto _ : state) {
         QMMetadataEntries entries;
-        QMMetadataService::sharedService()->extractTextMetadata(file.path(), keys, entries);
+        QMMetadataService::sharedService()->extractTextMetadata(file.path(), *keys, entries);
         benchmark::DoNotOptimize(entries);
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(contents.size()));

@@ -65,6 +65,11 @@ public:
     dictionaryForKey(std::string_view key) const;
     [[nodiscard]] std::optional<Data> dataForKey(std::string_view key) const;
 
+    /// The value of `key` when it is an array, else null. Shared instead of copied: settings may
+    /// hold arrays of millions, for callers of which there are hundreds.
+    [[nodiscard]] std::shared_ptr<const PropertyList::Array>
+    sharedArrayForKey(std::string_view key) const;
+
     /// The value of `key` when it is an array of nothing but texts, else nullopt.
     [[nodiscard]] std::optional<std::vector<std::string>>
     stringArrayForKey(std::string_view key) const;

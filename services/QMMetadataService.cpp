@@ -43,17 +43,18 @@ QMMetadataService::availableKeysForCategory(QMMetadataCategory category) {
     return qm_metadataKeysForCategory(category);
 }
 
-QMMetadataService::Keys QMMetadataService::enabledKeysForCategory(QMMetadataCategory category) {
+std::shared_ptr<const QMMetadataService::Keys>
+QMMetadataService::enabledKeysForCategory(QMMetadataCategory category) {
     const auto number = static_cast<std::int64_t>(category);
-    if (auto stored = platform::UserDefaults::standard().arrayForKey(
+    if (auto stored = platform::UserDefaults::standard().sharedArrayForKey(
             platform::format("QMMetadataEnabled_{}", number))) {
-        return *std::move(stored);
+        return stored;
     }
     Keys keys;
     for (const std::string_view key : availableKeysForCategory(category)) {
         keys.emplace_back(std::string(key));
     }
-    return keys;
+    return std::make_shared<const Keys>(std::move(keys));
 }
 
 bool QMMetadataService::containsKey(const Keys& keys, std::string_view key) {

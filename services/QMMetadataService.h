@@ -63,8 +63,9 @@ public:
 
     /// The keys that the user wants to see: what the preference "QMMetadataEnabled_" with the
     /// category's number holds, unchanged, even if that is nothing; all of them when there is no
-    /// such array.
-    [[nodiscard]] static Keys enabledKeysForCategory(QMMetadataCategory category);
+    /// such array. Never null.
+    [[nodiscard]] static std::shared_ptr<const Keys>
+    enabledKeysForCategory(QMMetadataCategory category);
 
     /// Whether `key` is among `keys`, as a text.
     [[nodiscard]] static bool containsKey(const Keys& keys, std::string_view key);

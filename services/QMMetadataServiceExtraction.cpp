@@ -70,10 +70,10 @@ QMMetadataService::resultForPath(const std::string& path, QMMetadataCategory cat
     result->category = category;
     result->categoryName = nameForCategory(category);
     auto entries = std::make_shared<QMMetadataEntries>();
-    const Keys enabledKeys = enabledKeysForCategory(category);
+    const auto enabledKeys = enabledKeysForCategory(category);
     const auto* const extractor = std::ranges::find(extractors, category, &Extractor::category);
     if (extractor != extractors.end()) {
-        (this->*extractor->extract)(path, enabledKeys, *entries);
+        (this->*extractor->extract)(path, *enabledKeys, *entries);
     }
     result->entries = std::move(entries);
     return result;

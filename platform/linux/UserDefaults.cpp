@@ -156,6 +156,14 @@ std::optional<Data> UserDefaults::dataForKey(std::string_view key) const {
     return valueOfKind<Data>(find(key));
 }
 
+std::shared_ptr<const PropertyList::Array>
+UserDefaults::sharedArrayForKey(std::string_view key) const {
+    auto value = find(key);
+    const PropertyList::Array* const array = value ? value->array() : nullptr;
+    return array == nullptr ? nullptr
+                            : std::shared_ptr<const PropertyList::Array>(std::move(value), array);
+}
+
 std::optional<std::vector<std::string>>
 UserDefaults::stringArrayForKey(std::string_view key) const {
     const auto value = find(key);

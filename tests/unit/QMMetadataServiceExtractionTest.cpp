@@ -2,6 +2,7 @@
 #include "foundation/QMPreferencesKeys.h"
 #include "platform/DispatchQueue.h"
 #include "services/QMMetadataService.h"
+#include "tests/unit/support/DiskImageStandIn.h"
 #include "tests/unit/support/StandardUserDefaults.h"
 #include "tests/unit/support/TemporaryFolder.h"
 
@@ -32,12 +33,11 @@ protected:
     Result extract(const std::shared_ptr<const QMFileItem>& item) {
         Result answer;
         int calls = 0;
-        QMMetadataService::sharedService()->extractMetadataForFileItem(
-            item, [&](const Result& result) {
-                answer = result;
-                thread = std::this_thread::get_id();
-                ++calls;
-            });
+        service->extractMetadataForFileItem(item, [&](const Result& result) {
+            answer = result;
+            thread = std::this_thread::get_id();
+            ++calls;
+        });
         wasAtOnce = calls == 1;
         platform::DispatchQueue::runMainQueueUntil([&calls] { return calls > 0; });
         EXPECT_EQ(calls, 1);
@@ -62,6 +62,7 @@ protected:
 
     StandardUserDefaults defaults;
     TemporaryFolder folder;
+    std::shared_ptr<QMMetadataService> service = QMMetadataService::sharedService();
     bool wasAtOnce = false;
     std::thread::id thread;
 };
@@ -88,8 +89,13 @@ TEST_F(QMMetadataServiceExtraction, ToldOfAtOnceIsThatThereIsNothing) {
     EXPECT_TRUE(isNothing(std::make_shared<QMFileItem>()));
 }
 
+TEST_F(QMMetadataServiceExtraction, ThereIsNothingOnTheThreadThatAsked) {
+    std::jthread([this] { EXPECT_TRUE(isNothing(item(folder.file("without")))); }).join();
+    const Result result = extract(item(folder.file("a.txt")));
+    EXPECT_NE(result, nullptr);
+}
+
 TEST_F(QMMetadataServiceExtraction, NoCompletionIsNoHarm) {
-    const auto service = QMMetadataService::sharedService();
     service->extractMetadataForFileItem(nullptr, nullptr);
     service->extractMetadataForFileItem(item(folder.file("a.txt")), nullptr);
 }
@@ -124,6 +130,19 @@ TEST_F(QMMetadataServiceExtraction, DisabledKeysHaveNoEntries) {
     ASSERT_EQ(extract(text)->entries->size(), 1U);
 }
 
+TEST_F(QMMetadataServiceExtraction, DisabledKeysStillHaveTheImageDescribed) {
+    const DiskImageStandIn tool;
+    tool.says("echo '<plist><dict><key>Format</key><string>UDZO</string></dict></plist>'");
+    service = QMMetadataService::init({QMDiskImageService::init({tool.path()})});
+    ASSERT_EQ(extract(item(tool.image()))->entries->size(), 1U);
+    std::filesystem::remove(tool.folderPath() + "/arguments");
+    defaults.save(PropertyList::Dictionary{{"QMMetadataEnabled_13", PropertyList::Array()}});
+    const Result result = extract(item(tool.image()));
+    EXPECT_EQ(result->category, QMMetadataCategoryDiskImage);
+    EXPECT_TRUE(result->entries->empty());
+    EXPECT_TRUE(tool.wasRun());
+}
+
 TEST_F(QMMetadataServiceExtraction, AFileThatIsGoneHasNoEntries) {
     const auto text = item(folder.file("a.txt", "a"));
     std::filesystem::remove(folder.path("a.txt"));
@@ -139,12 +158,14 @@ TEST_F(QMMetadataServiceExtraction, AFIFOIsNotWaitedFor) {
     EXPECT_TRUE(result->entries->empty());
 }
 
-TEST_F(QMMetadataServiceExtraction, ItemIsNotNeededLater) {
+TEST_F(QMMetadataServiceExtraction, NeitherItemNorServiceIsNeededLater) {
     auto text = item(folder.file("a.txt", "a"));
+    service = QMMetadataService::init();
     int calls = 0;
-    QMMetadataService::sharedService()->extractMetadataForFileItem(
+    service->extractMetadataForFileItem(
         text, [&calls](const Result& result) { calls += result->entries->empty() ? 0 : 1; });
     text.reset();
+    service.reset();
     platform::DispatchQueue::runMainQueueUntil([&calls] { return calls == 1; });
 }
 

@@ -78,7 +78,7 @@ TEST(QMMetadataService, LabelsKeysAndLeavesOthersAsTheyAre) {
 class EnabledKeys : public testing::Test {
 protected:
     static Keys keys(std::int64_t number) {
-        return QMMetadataService::enabledKeysForCategory(category(number));
+        return *QMMetadataService::enabledKeysForCategory(category(number));
     }
     void store(const char* key, const PropertyList& value) const {
         defaults.save(PropertyList::Dictionary{{key, value}});
@@ -109,6 +109,14 @@ TEST_F(EnabledKeys, AreReturnedAsTheyAreStored) {
     EXPECT_EQ(keys(5), stored);
     store("QMMetadataEnabled_-1", stored);
     EXPECT_EQ(keys(-1), stored);
+}
+
+TEST_F(EnabledKeys, AreNotCopiedForEachFile) {
+    store("QMMetadataEnabled_5", Keys(1000, "nonsense"));
+    const auto keys = QMMetadataService::enabledKeysForCategory(QMMetadataCategoryText);
+    EXPECT_EQ(keys, QMMetadataService::enabledKeysForCategory(QMMetadataCategoryText));
+    store("QMMetadataEnabled_5", Keys());
+    EXPECT_EQ(keys->size(), 1000U);
 }
 
 TEST_F(EnabledKeys, AreAllWhenWhatIsStoredIsNoArray) {
