@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/LocalizedStrings.h"
 
-#include "tests/unit/support/EnvironmentVariable.h"
+#include "tests/unit/support/BoundCatalogue.h"
 #include "tests/unit/support/TemporaryFolder.h"
 
 #include <array>
-#include <clocale>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
@@ -36,21 +35,16 @@ TEST(LocalizedStrings, NeverLookUpTheEmptyKey) {
     EXPECT_EQ(stringForKey(""), "");
 }
 
-/// Binds the catalogues of the tests. The C library keeps them for the whole process.
 class Catalogue : public testing::Test {
 protected:
-    ~Catalogue() override {
-        ::textdomain("messages");
-        std::setlocale(LC_MESSAGES, "C");
-    }
     void use(const char* languages, const std::string& folder = QM_TEST_CATALOGUES) {
-        m_languages.reset();
-        m_languages.emplace("LANGUAGE", languages);
-        ASSERT_TRUE(bindCatalogue("qm-test", folder));
+        m_bound.reset();
+        m_bound.emplace(languages, folder);
+        ASSERT_TRUE(m_bound->isBound());
     }
 
 private:
-    std::optional<EnvironmentVariable> m_languages;
+    std::optional<BoundCatalogue> m_bound;
 };
 
 TEST_F(Catalogue, HasTheTextsOfTheUsersLanguageInUTF8) {

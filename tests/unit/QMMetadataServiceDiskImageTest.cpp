@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "services/QMMetadataService.h"
+#include "tests/unit/support/BoundCatalogue.h"
 #include "tests/unit/support/DiskImageStandIn.h"
 
 #include <fstream>
@@ -97,6 +98,13 @@ TEST_F(QMMetadataServiceDiskImage, SaysWhetherItIsEncryptedOnlyWhenToldSo) {
               (Texts{"meta.diskImage.encrypted=no"}));
     EXPECT_EQ(texts(Info{{"Encrypted", "YES"}}), (Texts{"meta.diskImage.encrypted=yes"}));
     EXPECT_EQ(texts(Info{{"Encrypted", std::int64_t{0}}}), (Texts{"meta.diskImage.encrypted=no"}));
+}
+
+TEST_F(QMMetadataServiceDiskImage, SaysYesAndNoInTheUsersLanguage) {
+    const BoundCatalogue catalogue("de");
+    EXPECT_EQ(texts(Info{{"Format", "no"}, {"Encrypted", true}}),
+              (Texts{"*meta.diskImage.format=no", "verschlüsselt=ja"}));
+    EXPECT_EQ(texts(Info{{"Encrypted", false}}), (Texts{"verschlüsselt=nein"}));
 }
 
 TEST_F(QMMetadataServiceDiskImage, LooksForTheSchemeInADictionaryOnly) {

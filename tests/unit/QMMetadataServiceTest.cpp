@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "services/QMMetadataService.h"
 
+#include "tests/unit/support/BoundCatalogue.h"
 #include "tests/unit/support/StandardUserDefaults.h"
 
 #include <memory>
@@ -73,6 +74,16 @@ TEST(QMMetadataService, LabelsKeysAndLeavesOthersAsTheyAre) {
     EXPECT_EQ(QMMetadataService::localizedNameForKey("ISO"), "ISO");
     EXPECT_EQ(QMMetadataService::localizedNameForKey("no such key"), "no such key");
     EXPECT_EQ(QMMetadataService::localizedNameForKey(""), "");
+}
+
+TEST(QMMetadataService, NamesAndLabelsAreInTheUsersLanguage) {
+    const BoundCatalogue catalogue("de");
+    EXPECT_EQ(QMMetadataService::nameForCategory(QMMetadataCategoryDiskImage), "Plattenabbild");
+    EXPECT_EQ(QMMetadataService::nameForCategory(QMMetadataCategoryText), "meta.cat.text");
+    EXPECT_EQ(QMMetadataService::nameForCategory(QMMetadataCategoryNone), "");
+    EXPECT_EQ(QMMetadataService::localizedNameForKey("pdfVersion"), "Fassung");
+    EXPECT_EQ(QMMetadataService::localizedNameForKey("shebang"), "Interpreter");
+    EXPECT_EQ(QMMetadataService::localizedNameForKey("yes"), "yes");
 }
 
 class EnabledKeys : public testing::Test {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "services/QMMetadataService.h"
+#include "tests/unit/support/BoundCatalogue.h"
 #include "tests/unit/support/LogRecorder.h"
 #include "tests/unit/support/TemporaryFolder.h"
 
@@ -126,6 +127,15 @@ TEST_F(QMMetadataServiceText, LabelsEntriesAndMarksHeadlines) {
     EXPECT_EQ(labels, (Texts{"meta.text.encoding", "meta.text.lineCount!", "meta.text.charCount",
                              "meta.text.wordCount", "meta.text.lineEnding", "meta.text.language!",
                              "Shebang"}));
+}
+
+TEST_F(QMMetadataServiceText, OnlyLabelsAndTheEncodingAreTranslated) {
+    const BoundCatalogue catalogue("de");
+    const std::string path = folder.file("f.rb", "#!ruby");
+    EXPECT_EQ(entriesOf(path, {"encoding"}).front()->localizedKey, "Zeichensatz");
+    EXPECT_EQ(entriesOf(path, {"shebang"}).front()->localizedKey, "Shebang");
+    EXPECT_EQ(valuesOf(path, {"encoding", "lineEnding", "language"}),
+              (Texts{"encoding=Unicode-Zeichen (UTF-8)", "lineEnding=LF", "language=Ruby"}));
 }
 
 TEST_F(QMMetadataServiceText, AppendsToWhatIsThere) {
