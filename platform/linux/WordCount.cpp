@@ -24,13 +24,6 @@ Iterator copyOfIterator() {
     return Iterator(first ? first->clone() : nullptr);
 }
 
-// ICU 72 and 73 take "@" for a letter; other releases and Unicode itself for a sign like "#".
-void replaceAtSigns(icu::UnicodeString& text) {
-    for (auto at = text.indexOf(u'@'); at >= 0; at = text.indexOf(u'@', at + 1)) {
-        text.setCharAt(at, u'#');
-    }
-}
-
 // Iterators may not be used by two threads at once, and read the text where it is.
 struct WordIterator {
     icu::UnicodeString text;
@@ -50,7 +43,6 @@ std::optional<std::size_t> wordCount(std::string_view text) {
     if (words.text.isBogus() != 0) {
         return std::nullopt;
     }
-    replaceAtSigns(words.text);
     words.iterator->setText(words.text);
     std::size_t count = 0;
     while (words.iterator->next() != icu::BreakIterator::DONE) {
