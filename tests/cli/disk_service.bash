@@ -20,6 +20,8 @@ start_system() {
     for program in "$udisksd" "$polkitd" "$udevd"; do
         [ -x "$program" ] || skip "$program is not there"
     done
+    unshare --mount --propagation private true 2>/dev/null ||
+        skip "mounts cannot be kept from others here"
     unshare --mount --propagation private sleep infinity 3>&- &
     system=$!
     services=("$system")
