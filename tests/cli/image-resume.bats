@@ -155,6 +155,18 @@ resumes() {
     resumes x.dmg
 }
 
+@test "what was killed and is in use meanwhile is not attached a second time" {
+    needs_loop_devices
+    make_disk
+    udif_image zlib
+    attach_killed KILL_AT_UNLINK=.progress x.dmg
+    exec 5<"$(findmnt -rno TARGET | grep -F "$BATS_TEST_TMPDIR/")/large"
+    attach x.dmg
+    fails_because attach "Device or resource busy"
+    exec 5<&-
+    resumes x.dmg
+}
+
 @test "volumes of what was killed are taken back at once, whatever is attached next" {
     needs_loop_devices
     make_disk

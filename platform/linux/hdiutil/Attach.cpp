@@ -196,18 +196,38 @@ AttachRecord withoutPartialDisk(AttachRecord record) {
     return record;
 }
 
-// An image that is attached already; what a crash or a restart has left of others is cleared away.
-std::optional<AttachRecord> takeStock(const AttachRecords& records, const std::string& image) {
-    std::optional<AttachRecord> attached;
+/// What there is before anything is made.
+struct Stock {
+    std::optional<AttachRecord> attached; ///< the image, with all of its volumes
+    std::optional<Failure> failure;       ///< why what is left of the image stays
+};
+
+// What is left of the image itself has to go: its record would be lost.
+void takeStockOf(const AttachRecord& record, const AttachRecords& records, Stock& stock) {
+    if (!record.isComplete) {
+        if (!undo(withoutPartialDisk(record), records)) {
+            stock.failure = systemFailure();
+        }
+    } else if (std::ranges::all_of(record.volumes, isThere)) {
+        stock.attached = record;
+    } else if (!undoWholly(record, records)) {
+        stock.failure = systemFailure();
+    }
+}
+
+// What a crash or a restart has left of other images is cleared away. Who has ejected one volume of
+// several may be at work on the others.
+Stock takeStock(const AttachRecords& records, const std::string& image) {
+    Stock stock;
     for (const AttachRecord& record : records.all()) {
-        if (!record.isComplete || !std::ranges::all_of(record.volumes, isThere)) {
+        if (record.image == image) {
+            takeStockOf(record, records, stock);
+        } else if (!record.isComplete || std::ranges::none_of(record.volumes, isThere)) {
             undo(withoutPartialDisk(record), records);
-        } else if (record.image == image) {
-            attached = record;
         }
     }
     removePartialDisks(PartialDisks::useless);
-    return attached;
+    return stock;
 }
 
 } // namespace
@@ -221,8 +241,12 @@ std::variant<PropertyList, Failure> attachImage(const std::string& path) {
     if (!records) {
         return systemFailure();
     }
-    if (const auto attached = takeStock(*records, *resolved)) {
-        return printed(attached->entities);
+    const Stock stock = takeStock(*records, *resolved);
+    if (stock.failure) {
+        return *stock.failure;
+    }
+    if (stock.attached) {
+        return printed(stock.attached->entities);
     }
     auto opened = openDiskImage(*resolved);
     if (const auto* reason = std::get_if<std::string>(&opened)) {
