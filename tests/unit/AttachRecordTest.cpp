@@ -19,7 +19,7 @@ AttachRecord record() {
             {{"/run/x/A", MountMethod::kernel},
              {"/run/x/\xFF", MountMethod::fuse},
              {"/run/x/C", MountMethod::copy},
-             {"/media/x/D", MountMethod::service, {"/dev/loop3", "/a/\xFF", 4096}}},
+             {"/media/x/D", MountMethod::service, {"/dev/loop3", "/a/\xFF", 4096, 17}}},
             {PropertyList(PropertyList::Dictionary{{"dev-entry", "/dev/loop3"}})},
             true};
 }
@@ -53,7 +53,7 @@ TEST(AttachRecord, IsNotReadFromAnythingElse) {
 TEST(AttachRecord, NeedsAllOfADeviceOfTheService) {
     const PropertyList list = record().asPropertyList();
     const PropertyList volume = list.valueForKey("volumes")->array()->back();
-    for (const char* const key : {"device", "file", "offset"}) {
+    for (const char* const key : {"device", "file", "offset", "sequence"}) {
         PropertyList::Dictionary lacking = *volume.dictionary();
         lacking.insert_or_assign(key, PropertyList(std::int64_t{-1}));
         PropertyList::Dictionary changed = *list.dictionary();

@@ -6,8 +6,10 @@
 #include "platform/linux/MountTable.h"
 
 #include <algorithm>
+#include <charconv>
 #include <filesystem>
 #include <string_view>
+#include <system_error>
 
 namespace platform::hdiutil::LoopTable {
 namespace {
@@ -48,6 +50,15 @@ bool shows(const std::string& device, const std::string& file, std::uint64_t off
     const std::string loop = folderOf(device) + "/loop/";
     return lineAt(loop + "backing_file") == file &&
            lineAt(loop + "offset") == std::to_string(offset);
+}
+
+std::uint64_t sequenceOf(const std::string& device) {
+    const std::string folder = folderOf(device);
+    const std::string text = lineAt(folder + "/diskseq");
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    return isNumber && !lineAt(folder + "/loop/backing_file").empty() ? number : 0;
 }
 
 std::vector<std::string> unusedDevices(const std::string& file, std::uint64_t offset) {

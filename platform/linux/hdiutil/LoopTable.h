@@ -13,6 +13,11 @@ namespace platform::hdiutil::LoopTable {
 /// `offset` on.
 [[nodiscard]] bool shows(const std::string& device, const std::string& file, std::uint64_t offset);
 
+/// The number that the system has given to what the loop device shows, and to nothing else since it
+/// was started (sysfs, /sys/block/loop7/diskseq). 0 when it shows nothing, or the system is too
+/// old.
+[[nodiscard]] std::uint64_t sequenceOf(const std::string& device);
+
 /// The loop devices that show that, and that nothing is mounted from.
 [[nodiscard]] std::vector<std::string> unusedDevices(const std::string& file, std::uint64_t offset);
 
