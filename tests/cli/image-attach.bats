@@ -249,6 +249,30 @@ two_volumes() {
     nothing_left
 }
 
+@test "an image that somebody else has mounted for writing is left alone" {
+    needs_loop_devices
+    truncate -s 8M fs.img
+    mkfs.ext4 -q fs.img
+    mkdir by-hand
+    mount -o loop fs.img by-hand
+    attach fs.img
+    fails_because attach "Device or resource busy"
+    umount by-hand
+    mount -o loop,ro fs.img by-hand
+    attach fs.img
+    succeeds
+    detaches "$(mount_point)"
+    umount by-hand
+    truncate -s 16M disk.img
+    printf 'label: gpt\nstart=2048, size=20480\n' | sfdisk -q disk.img
+    mkfs.ext4 -q -E offset=$((2048 * 512)) disk.img 10M
+    mount -o loop,offset=$((2048 * 512)) disk.img by-hand
+    attach disk.img
+    fails_because attach "Device or resource busy"
+    umount by-hand
+    nothing_left
+}
+
 @test "what attaching did not make" {
     needs_loop_devices
     truncate -s 8M fs.img

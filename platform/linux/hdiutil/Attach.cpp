@@ -5,6 +5,7 @@
 #include "platform/linux/hdiutil/AttachRecord.h"
 #include "platform/linux/hdiutil/DiskFile.h"
 #include "platform/linux/hdiutil/DiskImage.h"
+#include "platform/linux/hdiutil/LoopTable.h"
 #include "platform/linux/hdiutil/Mounting.h"
 #include "platform/linux/hdiutil/PartialDisk.h"
 #include "platform/linux/hdiutil/PropertyText.h"
@@ -77,9 +78,7 @@ private:
     // The disk as a plain file: the image itself, or one that it is expanded into.
     std::optional<Failure> provideDisk() {
         if (image.kind == DiskImage::Kind::raw || image.kind == DiskImage::Kind::optical) {
-            diskFile = image.path;
-            isReadOnly = image.kind == DiskImage::Kind::optical || !isWritable(image.path);
-            return records.store(record) ? std::nullopt : std::optional(systemFailure());
+            return provideImage();
         }
         partialDisk = PartialDisk::open(image);
         if (!partialDisk) {
@@ -92,6 +91,17 @@ private:
         diskFile = partialDisk->path();
         isReadOnly = true;
         return expand();
+    }
+
+    std::optional<Failure> provideImage() {
+        diskFile = image.path;
+        isReadOnly = image.kind == DiskImage::Kind::optical || !isWritable(image.path);
+        // Two file systems on the same bytes would ruin one another.
+        if (!isReadOnly && LoopTable::isInUseForWriting(image.path)) {
+            errno = EBUSY;
+            return systemFailure();
+        }
+        return records.store(record) ? std::nullopt : std::optional(systemFailure());
     }
 
     std::optional<Failure> expand() {

@@ -21,6 +21,10 @@ namespace platform::hdiutil::LoopTable {
 /// The loop devices that show that, and that nothing is mounted from.
 [[nodiscard]] std::vector<std::string> unusedDevices(const std::string& file, std::uint64_t offset);
 
+/// Whether a file system is mounted from a loop device that writes to `file`, or from a partition
+/// of one.
+[[nodiscard]] bool isInUseForWriting(const std::string& file);
+
 /// Where the file system of a block device is mounted; empty where it is not.
 [[nodiscard]] std::string mountPointOf(const std::string& device);
 
