@@ -22,7 +22,8 @@
 namespace platform::hdiutil {
 namespace {
 
-constexpr std::size_t maximumSize = std::size_t{1} << 20;
+// Of a thousand partitions whose paths are as long as can be.
+constexpr std::size_t maximumSize = std::size_t{32} << 20;
 constexpr mode_t privateMode = 0600;
 constexpr std::array<std::string_view, 4> methodNames{"kernel", "fuse", "copy", "service"};
 
