@@ -310,6 +310,37 @@ resumes_on_tmpfs() {
     nothing_left
 }
 
+@test "disks of a run of the system before this one are cleared away by the next call" {
+    needs_loop_devices
+    truncate -s 8M fs.img
+    mkfs.ext4 -q -L Forgotten fs.img
+    udif_image zlib
+    cp x.dmg known.dmg
+    attach x.dmg
+    local forgotten new
+    forgotten=$(disks)
+    umount "$(mount_point)"
+    # What a restart takes away.
+    rm -r "$XDG_RUNTIME_DIR/quillmere"
+    attach known.dmg
+    new=${forgotten%/*}/0.disk
+    : >"$new"
+    attach x.dmg
+    [ -e "$forgotten" ]
+    find "${forgotten%/*}" -name '*.disk' ! -path "$new" -exec touch -d '10 years ago' {} +
+    detaches "$(mount_point)"
+    attach x.dmg
+    succeeds
+    [ ! -e "$forgotten" ] && [ -e "$new" ]
+    [ "$(disks | wc -l)" = 3 ]
+    detaches "$(mount_point)"
+    rm "$new"
+    attach known.dmg
+    cmp fs.img "$(disks)"
+    detaches "$(mount_point)"
+    nothing_left
+}
+
 @test "nothing is kept of an image that somebody may still be writing" {
     needs_loop_devices
     make_disk

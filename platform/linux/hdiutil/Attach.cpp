@@ -14,8 +14,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace platform::hdiutil {
 namespace {
@@ -225,6 +227,12 @@ void takeStockOf(const AttachRecord& record, const AttachRecords& records, Stock
     }
 }
 
+std::vector<std::string> disksOf(const std::vector<AttachRecord>& records) {
+    std::vector<std::string> disks;
+    std::ranges::transform(records, std::back_inserter(disks), &AttachRecord::expandedDisk);
+    return disks;
+}
+
 // What a crash or a restart has left of other images is cleared away. Who has ejected one volume of
 // several may be at work on the others.
 Stock takeStock(const AttachRecords& records, const std::string& image) {
@@ -237,6 +245,7 @@ Stock takeStock(const AttachRecords& records, const std::string& image) {
         }
     }
     removePartialDisks(PartialDisks::useless);
+    removeForgottenDisks(disksOf(records.all()));
     return stock;
 }
 
