@@ -201,6 +201,78 @@ mounts_as() {
     nothing_left
 }
 
+# two_volumes IMAGE: partitions "A" and "B".
+two_volumes() {
+    truncate -s 64M "$1"
+    printf 'label: gpt\nstart=2048, size=20480\nsize=20480\n' | sfdisk -q "$1"
+    mkfs.ext4 -q -L A -E offset=$((2048 * 512)) "$1" 10M
+    mkfs.ext4 -q -L B -E offset=$(((2048 + 20480) * 512)) "$1" 10M
+}
+
+@test "who has unmounted one volume of an image keeps the others" {
+    needs_loop_devices
+    two_volumes disk.img
+    truncate -s 8M other.img
+    mkfs.ext4 -q -L Other other.img
+    attach disk.img
+    local first second
+    first=$(mount_point 0)
+    second=$(mount_point 1)
+    umount "$first"
+    attach other.img
+    detaches "$(mount_point)"
+    mountpoint -q "$second"
+    attach disk.img
+    succeeds
+    mountpoint -q "$first" && mountpoint -q "$second"
+    detaches "$first"
+    nothing_left
+}
+
+@test "an image is not attached again while some of it is in use" {
+    needs_loop_devices
+    two_volumes disk.img
+    "$MAKE_UDIF" disk.img disk.dmg zlib
+    attach disk.dmg
+    local second
+    second=$(mount_point 1)
+    umount "$(mount_point 0)"
+    exec 5<"$second"
+    attach disk.dmg
+    fails_because attach "Device or resource busy"
+    mountpoint -q "$second"
+    exec 5<&-
+    attach disk.dmg
+    succeeds
+    [ "$(mount_point 1)" = "$second" ]
+    detaches "$second"
+    nothing_left
+}
+
+@test "an image that somebody else has mounted for writing is left alone" {
+    needs_loop_devices
+    truncate -s 8M fs.img
+    mkfs.ext4 -q fs.img
+    mkdir by-hand
+    mount -o loop fs.img by-hand
+    attach fs.img
+    fails_because attach "Device or resource busy"
+    umount by-hand
+    mount -o loop,ro fs.img by-hand
+    attach fs.img
+    succeeds
+    detaches "$(mount_point)"
+    umount by-hand
+    truncate -s 16M disk.img
+    printf 'label: gpt\nstart=2048, size=20480\n' | sfdisk -q disk.img
+    mkfs.ext4 -q -E offset=$((2048 * 512)) disk.img 10M
+    mount -o loop,offset=$((2048 * 512)) disk.img by-hand
+    attach disk.img
+    fails_because attach "Device or resource busy"
+    umount by-hand
+    nothing_left
+}
+
 @test "what attaching did not make" {
     needs_loop_devices
     truncate -s 8M fs.img

@@ -155,6 +155,18 @@ resumes() {
     resumes x.dmg
 }
 
+@test "what was killed and is in use meanwhile is not attached a second time" {
+    needs_loop_devices
+    make_disk
+    udif_image zlib
+    attach_killed KILL_AT_UNLINK=.progress x.dmg
+    exec 5<"$(findmnt -rno TARGET | grep -F "$BATS_TEST_TMPDIR/")/large"
+    attach x.dmg
+    fails_because attach "Device or resource busy"
+    exec 5<&-
+    resumes x.dmg
+}
+
 @test "volumes of what was killed are taken back at once, whatever is attached next" {
     needs_loop_devices
     make_disk
@@ -294,6 +306,37 @@ resumes_on_tmpfs() {
     attach_killed KILL_AFTER_BYTES=20000000 x.dmg
     head -c 300 /dev/urandom >"$(disks).progress"
     attach other.img
+    detaches "$(mount_point)"
+    nothing_left
+}
+
+@test "disks of a run of the system before this one are cleared away by the next call" {
+    needs_loop_devices
+    truncate -s 8M fs.img
+    mkfs.ext4 -q -L Forgotten fs.img
+    udif_image zlib
+    cp x.dmg known.dmg
+    attach x.dmg
+    local forgotten new
+    forgotten=$(disks)
+    umount "$(mount_point)"
+    # What a restart takes away.
+    rm -r "$XDG_RUNTIME_DIR/quillmere"
+    attach known.dmg
+    new=${forgotten%/*}/0.disk
+    : >"$new"
+    attach x.dmg
+    [ -e "$forgotten" ]
+    find "${forgotten%/*}" -name '*.disk' ! -path "$new" -exec touch -d '10 years ago' {} +
+    detaches "$(mount_point)"
+    attach x.dmg
+    succeeds
+    [ ! -e "$forgotten" ] && [ -e "$new" ]
+    [ "$(disks | wc -l)" = 3 ]
+    detaches "$(mount_point)"
+    rm "$new"
+    attach known.dmg
+    cmp fs.img "$(disks)"
     detaches "$(mount_point)"
     nothing_left
 }

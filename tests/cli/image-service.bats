@@ -245,6 +245,41 @@ CHANGE
     no_device_left
 }
 
+@test "an image that was renamed or removed meanwhile is detached all the same" {
+    start_system yes
+    make_ext4
+    local way
+    for way in "mv copy.img away.img" "rm copy.img"; do
+        cp fs.img copy.img
+        attach copy.img
+        succeeds
+        $way
+        detaches "$(mount_point)"
+        no_device_left
+        nothing_left
+    done
+}
+
+@test "what was mounted by another program in the place of an ejected volume is unmounted" {
+    start_system yes
+    make_ext4
+    cp fs.img other.img
+    attach fs.img
+    local device point
+    point=$(mount_point)
+    device=$(plist "document['system-entities'][0]['dev-entry']")
+    inside udisksctl unmount -b "$device"
+    inside udisksctl loop-delete -b "$device"
+    losetup "$device" other.img
+    wait_for inside udisksctl mount -b "$device"
+    inside mountpoint -q "$point"
+    detaches "$point"
+    ! inside mountpoint -q "$point" || complain "still mounted"
+    [ "$(losetup -nO BACK-FILE "$device")" = "$box/other.img" ]
+    losetup -d "$device"
+    nothing_left
+}
+
 service_is_gone() {
     ! service_answers
 }

@@ -3,6 +3,8 @@
 
 #include "platform/linux/Utf8.h"
 #include "platform/linux/hdiutil/WorkFolders.h"
+#include "tests/unit/support/EnvironmentVariable.h"
+#include "tests/unit/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
@@ -10,6 +12,7 @@ namespace {
 
 using platform::PropertyList;
 using platform::hdiutil::AttachRecord;
+using platform::hdiutil::AttachRecords;
 using platform::hdiutil::MountMethod;
 using platform::hdiutil::WorkFolders::folderNameForLabel;
 
@@ -19,7 +22,7 @@ AttachRecord record() {
             {{"/run/x/A", MountMethod::kernel},
              {"/run/x/\xFF", MountMethod::fuse},
              {"/run/x/C", MountMethod::copy},
-             {"/media/x/D", MountMethod::service, {"/dev/loop3", "/a/\xFF", 4096}}},
+             {"/media/x/D", MountMethod::service, {"/dev/loop3", "/a/\xFF", 4096, 17}}},
             {PropertyList(PropertyList::Dictionary{{"dev-entry", "/dev/loop3"}})},
             true};
 }
@@ -53,13 +56,31 @@ TEST(AttachRecord, IsNotReadFromAnythingElse) {
 TEST(AttachRecord, NeedsAllOfADeviceOfTheService) {
     const PropertyList list = record().asPropertyList();
     const PropertyList volume = list.valueForKey("volumes")->array()->back();
-    for (const char* const key : {"device", "file", "offset"}) {
+    for (const char* const key : {"device", "file", "offset", "sequence"}) {
         PropertyList::Dictionary lacking = *volume.dictionary();
         lacking.insert_or_assign(key, PropertyList(std::int64_t{-1}));
         PropertyList::Dictionary changed = *list.dictionary();
         changed.insert_or_assign("volumes", PropertyList::Array{lacking});
         EXPECT_EQ(AttachRecord::fromPropertyList(changed), std::nullopt) << key;
     }
+}
+
+// As many as a partition map may have, of an image far from the root.
+TEST(AttachRecords, KeepWhatIsSaidOfManyVolumes) {
+    const TemporaryFolder folder;
+    const EnvironmentVariable runtime{"XDG_RUNTIME_DIR", folder.path().c_str()};
+    const auto records = AttachRecords::open();
+    ASSERT_TRUE(records);
+    constexpr std::size_t count = 1024;
+    const std::string image = "/" + std::string(4000, 'i');
+    AttachRecord many;
+    many.image = image;
+    many.volumes.assign(count, {"/media/x/D", MountMethod::service, {"/dev/loop3", image, 0, 1}});
+    many.entities.assign(count, PropertyList::Dictionary{{"dev-entry", image}});
+    ASSERT_TRUE(records->store(many));
+    const auto kept = records->all();
+    ASSERT_EQ(kept.size(), 1U);
+    EXPECT_TRUE(kept.front() == many);
 }
 
 TEST(FolderName, IsThatOfTheLabel) {

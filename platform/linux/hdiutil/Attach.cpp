@@ -5,6 +5,7 @@
 #include "platform/linux/hdiutil/AttachRecord.h"
 #include "platform/linux/hdiutil/DiskFile.h"
 #include "platform/linux/hdiutil/DiskImage.h"
+#include "platform/linux/hdiutil/LoopTable.h"
 #include "platform/linux/hdiutil/Mounting.h"
 #include "platform/linux/hdiutil/PartialDisk.h"
 #include "platform/linux/hdiutil/PropertyText.h"
@@ -13,8 +14,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace platform::hdiutil {
 namespace {
@@ -77,9 +80,7 @@ private:
     // The disk as a plain file: the image itself, or one that it is expanded into.
     std::optional<Failure> provideDisk() {
         if (image.kind == DiskImage::Kind::raw || image.kind == DiskImage::Kind::optical) {
-            diskFile = image.path;
-            isReadOnly = image.kind == DiskImage::Kind::optical || !isWritable(image.path);
-            return records.store(record) ? std::nullopt : std::optional(systemFailure());
+            return provideImage();
         }
         partialDisk = PartialDisk::open(image);
         if (!partialDisk) {
@@ -92,6 +93,17 @@ private:
         diskFile = partialDisk->path();
         isReadOnly = true;
         return expand();
+    }
+
+    std::optional<Failure> provideImage() {
+        diskFile = image.path;
+        isReadOnly = image.kind == DiskImage::Kind::optical || !isWritable(image.path);
+        // Two file systems on the same bytes would ruin one another.
+        if (!isReadOnly && LoopTable::isInUseForWriting(image.path)) {
+            errno = EBUSY;
+            return systemFailure();
+        }
+        return records.store(record) ? std::nullopt : std::optional(systemFailure());
     }
 
     std::optional<Failure> expand() {
@@ -196,18 +208,45 @@ AttachRecord withoutPartialDisk(AttachRecord record) {
     return record;
 }
 
-// An image that is attached already; what a crash or a restart has left of others is cleared away.
-std::optional<AttachRecord> takeStock(const AttachRecords& records, const std::string& image) {
-    std::optional<AttachRecord> attached;
+/// What there is before anything is made.
+struct Stock {
+    std::optional<AttachRecord> attached; ///< the image, with all of its volumes
+    std::optional<Failure> failure;       ///< why what is left of the image stays
+};
+
+// What is left of the image itself has to go: its record would be lost.
+void takeStockOf(const AttachRecord& record, const AttachRecords& records, Stock& stock) {
+    if (!record.isComplete) {
+        if (!undo(withoutPartialDisk(record), records)) {
+            stock.failure = systemFailure();
+        }
+    } else if (std::ranges::all_of(record.volumes, isThere)) {
+        stock.attached = record;
+    } else if (!undoWholly(record, records)) {
+        stock.failure = systemFailure();
+    }
+}
+
+std::vector<std::string> disksOf(const std::vector<AttachRecord>& records) {
+    std::vector<std::string> disks;
+    std::ranges::transform(records, std::back_inserter(disks), &AttachRecord::expandedDisk);
+    return disks;
+}
+
+// What a crash or a restart has left of other images is cleared away. Who has ejected one volume of
+// several may be at work on the others.
+Stock takeStock(const AttachRecords& records, const std::string& image) {
+    Stock stock;
     for (const AttachRecord& record : records.all()) {
-        if (!record.isComplete || !std::ranges::all_of(record.volumes, isThere)) {
+        if (record.image == image) {
+            takeStockOf(record, records, stock);
+        } else if (!record.isComplete || std::ranges::none_of(record.volumes, isThere)) {
             undo(withoutPartialDisk(record), records);
-        } else if (record.image == image) {
-            attached = record;
         }
     }
     removePartialDisks(PartialDisks::useless);
-    return attached;
+    removeForgottenDisks(disksOf(records.all()));
+    return stock;
 }
 
 } // namespace
@@ -221,8 +260,12 @@ std::variant<PropertyList, Failure> attachImage(const std::string& path) {
     if (!records) {
         return systemFailure();
     }
-    if (const auto attached = takeStock(*records, *resolved)) {
-        return printed(attached->entities);
+    const Stock stock = takeStock(*records, *resolved);
+    if (stock.failure) {
+        return *stock.failure;
+    }
+    if (stock.attached) {
+        return printed(stock.attached->entities);
     }
     auto opened = openDiskImage(*resolved);
     if (const auto* reason = std::get_if<std::string>(&opened)) {

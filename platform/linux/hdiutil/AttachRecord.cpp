@@ -22,7 +22,8 @@
 namespace platform::hdiutil {
 namespace {
 
-constexpr std::size_t maximumSize = std::size_t{1} << 20;
+// Of a thousand partitions whose paths are as long as can be.
+constexpr std::size_t maximumSize = std::size_t{32} << 20;
 constexpr mode_t privateMode = 0600;
 constexpr std::array<std::string_view, 4> methodNames{"kernel", "fuse", "copy", "service"};
 
@@ -40,6 +41,14 @@ std::optional<std::string> pathIn(const PropertyList& list, std::string_view key
     }
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
     return std::string(reinterpret_cast<const char*>(data->data()), data->size());
+}
+
+std::optional<std::uint64_t> countIn(const PropertyList& list, std::string_view key) {
+    const PropertyList* const value = list.valueForKey(key);
+    const auto* const count =
+        value == nullptr ? nullptr : std::get_if<std::int64_t>(&value->value());
+    return count == nullptr || *count < 0 ? std::nullopt
+                                          : std::optional(static_cast<std::uint64_t>(*count));
 }
 
 const PropertyList::Array* arrayIn(const PropertyList& list, std::string_view key) {
@@ -60,13 +69,11 @@ std::optional<MountMethod> methodIn(const PropertyList& list) {
 std::optional<ServiceDevice> deviceFrom(const PropertyList& list) {
     const auto path = pathIn(list, "device");
     const auto file = pathIn(list, "file");
-    const PropertyList* const value = list.valueForKey("offset");
-    const auto* const offset =
-        value == nullptr ? nullptr : std::get_if<std::int64_t>(&value->value());
-    if (!path || !file || offset == nullptr || *offset < 0) {
-        return std::nullopt;
-    }
-    return ServiceDevice{*path, *file, static_cast<std::uint64_t>(*offset)};
+    const auto offset = countIn(list, "offset");
+    const auto sequence = countIn(list, "sequence");
+    return path && file && offset && sequence
+               ? std::optional(ServiceDevice{*path, *file, *offset, *sequence})
+               : std::nullopt;
 }
 
 std::optional<MountedVolume> volumeFrom(const PropertyList& list) {
@@ -91,6 +98,7 @@ PropertyList asList(const MountedVolume& volume) {
         entry.emplace("device", bytes(volume.device.path));
         entry.emplace("file", bytes(volume.device.file));
         entry.emplace("offset", static_cast<std::int64_t>(volume.device.offset));
+        entry.emplace("sequence", static_cast<std::int64_t>(volume.device.sequence));
     }
     return entry;
 }

@@ -19,6 +19,8 @@ struct ServiceDevice {
     std::string path; ///< "/dev/loop7"; empty as long as it is not known
     std::string file; ///< what it shows
     std::uint64_t offset = 0;
+    /// The system's number for this use of the device, which no other gets; 0 where it has none.
+    std::uint64_t sequence = 0;
 
     friend bool operator==(const ServiceDevice&, const ServiceDevice&) = default;
 };

@@ -105,7 +105,11 @@ std::optional<Failure> detachVolume(const std::string& path) {
     if (std::ranges::any_of(record->volumes, isBusy)) {
         return systemFailure(EBUSY);
     }
-    return undoWholly(*record, *records) ? std::nullopt : systemFailure(errno);
+    if (!undoWholly(*record, *records)) {
+        return systemFailure(errno);
+    }
+    // Ours may have been ejected elsewhere, and another volume of that name mounted in its place.
+    return isMountPoint(resolved) ? unmountForeign(resolved) : std::nullopt;
 }
 
 } // namespace platform::hdiutil

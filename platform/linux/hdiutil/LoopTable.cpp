@@ -6,8 +6,10 @@
 #include "platform/linux/MountTable.h"
 
 #include <algorithm>
+#include <charconv>
 #include <filesystem>
 #include <string_view>
+#include <system_error>
 
 namespace platform::hdiutil::LoopTable {
 namespace {
@@ -36,6 +38,22 @@ std::vector<MountTable::Mount> mountTable() {
     return MountTable::parse(textAt("/proc/self/mountinfo", maximumTableSize));
 }
 
+// Whether `source` is the device or one of its partitions, "/dev/loop7p1".
+bool isOn(std::string_view source, std::string_view device) {
+    return source.starts_with(device) &&
+           (source.size() == device.size() || source[device.size()] == 'p');
+}
+
+std::vector<std::string> blockDevices() {
+    std::vector<std::string> devices;
+    std::error_code error;
+    std::filesystem::directory_iterator entries(blockFolder, error);
+    for (; !error && entries != std::filesystem::directory_iterator(); entries.increment(error)) {
+        devices.push_back(std::string(devicesFolder).append(entries->path().filename().native()));
+    }
+    return devices;
+}
+
 std::string folderOf(const std::string& device) {
     std::string folder(blockFolder);
     folder.push_back('/');
@@ -50,17 +68,32 @@ bool shows(const std::string& device, const std::string& file, std::uint64_t off
            lineAt(loop + "offset") == std::to_string(offset);
 }
 
+std::uint64_t sequenceOf(const std::string& device) {
+    const std::string folder = folderOf(device);
+    const std::string text = lineAt(folder + "/diskseq");
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    return isNumber && !lineAt(folder + "/loop/backing_file").empty() ? number : 0;
+}
+
 std::vector<std::string> unusedDevices(const std::string& file, std::uint64_t offset) {
-    std::vector<std::string> devices;
-    std::error_code error;
-    std::filesystem::directory_iterator entries(blockFolder, error);
-    for (; !error && entries != std::filesystem::directory_iterator(); entries.increment(error)) {
-        auto device = std::string(devicesFolder).append(entries->path().filename().native());
-        if (shows(device, file, offset) && mountPointOf(device).empty()) {
-            devices.push_back(std::move(device));
-        }
-    }
+    auto devices = blockDevices();
+    std::erase_if(devices, [&file, offset](const std::string& device) {
+        return !shows(device, file, offset) || !mountPointOf(device).empty();
+    });
     return devices;
+}
+
+bool isInUseForWriting(const std::string& file) {
+    const auto mounts = mountTable();
+    return std::ranges::any_of(blockDevices(), [&](const std::string& device) {
+        const std::string folder = folderOf(device);
+        return lineAt(folder + "/loop/backing_file") == file && lineAt(folder + "/ro") == "0" &&
+               std::ranges::any_of(mounts, [&device](const MountTable::Mount& mount) {
+                   return isOn(mount.source, device);
+               });
+    });
 }
 
 // The last one is the one that is seen.

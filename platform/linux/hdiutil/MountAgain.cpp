@@ -55,6 +55,7 @@ std::optional<VolumeInFile> volumeOf(const AttachRecord& record, std::size_t ent
 // Which may give it another device and another place.
 bool askServiceAgain(const VolumeInFile& volume, MountedVolume& place, PropertyList& entity) {
     place.device.path.clear();
+    place.device.sequence = 0;
     if (!mountByService(volume, place, [] { return true; })) {
         static_cast<void>(unmountVolume(place));
         return false;

@@ -160,24 +160,34 @@ bool unmountHere(const MountedVolume& volume) {
     return false;
 }
 
-// The user, or the desktop, may have unmounted the volume or taken the device away, and the number
-// of the device may be another image's by now.
-bool unmountByService(const MountedVolume& volume) {
-    const ServiceDevice& device = volume.device;
-    const auto devices = device.path.empty() ? LoopTable::unusedDevices(device.file, device.offset)
-                                             : std::vector{device.path};
-    return std::ranges::all_of(devices, [&device](const std::string& path) {
-        if (!LoopTable::shows(path, device.file, device.offset)) {
-            return true;
-        }
-        Udisks* const service = Udisks::shared();
-        if (service == nullptr) {
-            errno = ENOTCONN;
-            return false;
-        }
-        return (LoopTable::mountPointOf(path).empty() || service->unmount(path)) &&
-               (service->removeLoop(path) || !LoopTable::shows(path, device.file, device.offset));
-    });
+// The name of a device may be another image's by now, and the file may have another name.
+bool isStillOurs(const ServiceDevice& device) {
+    return device.sequence == 0 ? LoopTable::shows(device.path, device.file, device.offset)
+                                : LoopTable::sequenceOf(device.path) == device.sequence;
+}
+
+// The user, or the desktop, may have unmounted the volume or taken the device away.
+bool takeAway(const ServiceDevice& device) {
+    if (!isStillOurs(device)) {
+        return true;
+    }
+    Udisks* const service = Udisks::shared();
+    if (service == nullptr) {
+        errno = ENOTCONN;
+        return false;
+    }
+    return (LoopTable::mountPointOf(device.path).empty() || service->unmount(device.path)) &&
+           (service->removeLoop(device.path) || !isStillOurs(device));
+}
+
+bool unmountByService(const ServiceDevice& device) {
+    if (!device.path.empty()) {
+        return takeAway(device);
+    }
+    return std::ranges::all_of(LoopTable::unusedDevices(device.file, device.offset),
+                               [&device](const std::string& path) {
+                                   return takeAway({path, device.file, device.offset});
+                               });
 }
 
 } // namespace
@@ -193,6 +203,7 @@ bool mountByService(const VolumeInFile& volume, MountedVolume& target,
         return false;
     }
     target.device.path = *std::move(device);
+    target.device.sequence = LoopTable::sequenceOf(target.device.path);
     if (!note()) {
         return false;
     }
@@ -225,7 +236,7 @@ bool isThere(const MountedVolume& volume) {
     case MountMethod::copy: return FileManager::fileExistsAtPath(volume.mountPoint);
     case MountMethod::service:
         return LoopTable::mountPointOf(volume.device.path) == volume.mountPoint &&
-               LoopTable::shows(volume.device.path, volume.device.file, volume.device.offset);
+               isStillOurs(volume.device);
     default: return isMountPoint(volume.mountPoint);
     }
 }
@@ -241,7 +252,7 @@ bool unmountVolume(const MountedVolume& volume) {
         return removeCopy(volume.mountPoint);
     }
     if (volume.method == MountMethod::service) {
-        return unmountByService(volume);
+        return unmountByService(volume.device);
     }
     if (isMountPoint(volume.mountPoint) && !unmountHere(volume)) {
         return false;

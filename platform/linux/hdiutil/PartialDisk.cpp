@@ -5,8 +5,10 @@
 #include "platform/linux/hdiutil/ExpansionProgress.h"
 #include "platform/linux/hdiutil/WorkFolders.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <ctime>
 #include <filesystem>
 #include <utility>
 #include <vector>
@@ -22,6 +24,7 @@ namespace platform::hdiutil {
 namespace {
 
 constexpr mode_t privateMode = 0600;
+constexpr std::string_view diskEnding = ".disk";
 constexpr std::string_view noteEnding = ".progress";
 // What a crash may cost. Noting takes a few microseconds.
 constexpr std::uint64_t notedStep = std::uint64_t{8} << 20;
@@ -65,16 +68,32 @@ std::optional<Left> seize(const std::string& notePath) {
                 std::move(progress), std::chrono::system_clock::time_point(age)};
 }
 
-std::vector<std::string> notesIn(const std::string& folder) {
+std::vector<std::string> filesIn(const std::string& folder, std::string_view ending) {
     std::vector<std::string> paths;
     std::error_code error;
     std::filesystem::directory_iterator files(folder, error);
     for (; !error && files != std::filesystem::directory_iterator(); files.increment(error)) {
-        if (files->path().extension() == noteEnding) {
+        if (files->path().extension() == ending) {
             paths.push_back(files->path());
         }
     }
     return paths;
+}
+
+std::vector<std::string> notesIn(const std::string& folder) {
+    return filesIn(folder, noteEnding);
+}
+
+// Whether the file was last written to before this run of the system.
+bool isOfAnotherRun(const std::string& path) {
+    struct timespec run {};
+    struct stat status {};
+    if (::clock_gettime(CLOCK_BOOTTIME, &run) != 0 || ::lstat(path.c_str(), &status) != 0) {
+        return false;
+    }
+    const auto start = std::chrono::system_clock::now() - std::chrono::seconds(run.tv_sec + 1);
+    return S_ISREG(status.st_mode) && std::chrono::system_clock::time_point(
+                                          std::chrono::seconds(status.st_mtim.tv_sec)) < start;
 }
 
 bool isGone(const std::string& path) {
@@ -113,7 +132,7 @@ Left newNote(const std::string& folder) {
         if (::getrandom(&number, sizeof number, 0) != sizeof number) {
             return left;
         }
-        left.disk = format("{}/{:x}.disk", folder, number);
+        left.disk = format("{}/{:x}{}", folder, number, diskEnding);
         Descriptor note = makeFile(notePathOf(left.disk));
         if (note.number() < 0) {
             return left;
@@ -247,6 +266,16 @@ std::size_t removePartialDisks(PartialDisks which) {
         }
     }
     return count;
+}
+
+void removeForgottenDisks(const std::vector<std::string>& known) {
+    const auto folder = WorkFolders::expandedDisks();
+    auto paths = folder ? filesIn(*folder, diskEnding) : std::vector<std::string>();
+    std::erase_if(paths, [&known](const std::string& path) {
+        return std::ranges::find(known, path) != known.end() || isPartialDisk(path) ||
+               !isOfAnotherRun(path);
+    });
+    std::ranges::for_each(paths, removeDisk);
 }
 
 } // namespace platform::hdiutil

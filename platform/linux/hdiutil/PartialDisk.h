@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace platform::hdiutil {
 
@@ -76,5 +77,9 @@ enum class PartialDisks {
 };
 /// Removes those that no process is at work on; answers how many.
 std::size_t removePartialDisks(PartialDisks which);
+
+/// Removes the disks that were complete when the system was started anew, except for those of
+/// `known`: what showed them is gone, and whoever knew of them forgot.
+void removeForgottenDisks(const std::vector<std::string>& known);
 
 } // namespace platform::hdiutil
