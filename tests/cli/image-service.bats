@@ -280,6 +280,17 @@ CHANGE
     nothing_left
 }
 
+@test "where the mounts of the service are not seen, it unmounts them, and another way is taken" {
+    start_system yes
+    make_ext4
+    local -a mantle=(unshare --mount --propagation private)
+    attach fs.img
+    succeeds
+    [ "$(mount_point)" = "$XDG_RUNTIME_DIR/quillmere/volumes/ALBUM" ]
+    # The mount that was made instead went with its process.
+    no_device_left
+}
+
 service_is_gone() {
     ! service_answers
 }

@@ -166,8 +166,8 @@ bool isStillOurs(const ServiceDevice& device) {
                                 : LoopTable::sequenceOf(device.path) == device.sequence;
 }
 
-// The user, or the desktop, may have unmounted the volume or taken the device away.
-bool takeAway(const ServiceDevice& device) {
+// Whether the service has taken a device away that was asked for, or nobody has to.
+bool takeAway(const ServiceDevice& device, bool isOnlyDevice) {
     if (!isStillOurs(device)) {
         return true;
     }
@@ -176,17 +176,20 @@ bool takeAway(const ServiceDevice& device) {
         errno = ENOTCONN;
         return false;
     }
-    return (LoopTable::mountPointOf(device.path).empty() || service->unmount(device.path)) &&
+    return (isOnlyDevice || service->unmount(device.path)) &&
            (service->removeLoop(device.path) || !isStillOurs(device));
 }
 
+// The user, or the desktop, may have unmounted the volume or taken the device away. The service is
+// asked in any case: it need not see the mounts that this process sees.
 bool unmountByService(const ServiceDevice& device) {
     if (!device.path.empty()) {
-        return takeAway(device);
+        return takeAway(device, false);
     }
+    // Nothing of ours was mounted before the device was noted.
     return std::ranges::all_of(LoopTable::unusedDevices(device.file, device.offset),
                                [&device](const std::string& path) {
-                                   return takeAway({path, device.file, device.offset});
+                                   return takeAway({path, device.file, device.offset}, true);
                                });
 }
 

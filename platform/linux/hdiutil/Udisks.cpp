@@ -162,7 +162,7 @@ std::optional<std::string> Udisks::mount(const std::string& device) {
 bool Udisks::unmount(const std::string& device) {
     const BusReply reply = callForDevice(device, fileSystemInterface, "Unmount");
     setErrno(reply);
-    return isPlain(reply) || reply.errorName.ends_with(".NotMounted");
+    return isPlain(reply) || reply.errorName.ends_with(".NotMounted") || isUnknown(reply);
 }
 
 BusReply Udisks::call(const std::string& path, std::string_view interface, std::string_view member,

@@ -31,7 +31,7 @@ public:
     /// Mounts the file system of a block device where the service likes. Answers the mount point.
     [[nodiscard]] std::optional<std::string> mount(const std::string& device);
 
-    /// Unmounts it; true also when it was not mounted.
+    /// Unmounts it; true also when it was not mounted, or has nothing that could be.
     [[nodiscard]] bool unmount(const std::string& device);
 
 private:
