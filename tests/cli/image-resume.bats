@@ -232,6 +232,24 @@ resumes_on_tmpfs() {
     umount "$XDG_CACHE_HOME"
 }
 
+@test "only for room is what was interrupted thrown away" {
+    needs_loop_devices
+    make_disk
+    udif_image zlib
+    cp x.dmg first.dmg
+    settle first.dmg
+    attach_killed KILL_AFTER_BYTES=20000000 first.dmg
+    local first
+    first=$(disks)
+    capture prlimit --fsize=9000000 env -- "$HDIUTIL" attach x.dmg -plist -noverify
+    fails_because attach "File too large"
+    [ -e "$first" ] || complain "the disk of another image is gone"
+    attach first.dmg
+    succeeds
+    [ "$(disks)" = "$first" ]
+    detaches "$(mount_point)"
+}
+
 @test "an image that was written to in between is expanded from its start" {
     needs_loop_devices
     local way old

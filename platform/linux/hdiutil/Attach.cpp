@@ -109,7 +109,7 @@ private:
     std::optional<Failure> expand() {
         auto failure = expandDisk(image, *partialDisk);
         // What is wanted now goes before what somebody may still want.
-        if (failure && failure->canGoOn && removePartialDisks(PartialDisks::all) > 0) {
+        if (failure && failure->isForRoom && removePartialDisks(PartialDisks::all) > 0) {
             failure = expandDisk(image, *partialDisk);
         }
         if (failure && failure->canGoOn && partialDisk->isOfUse()) {

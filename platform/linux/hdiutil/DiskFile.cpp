@@ -12,10 +12,6 @@
 namespace platform::hdiutil {
 namespace {
 
-ExpansionFailure systemFailure(int error) {
-    return {std::generic_category().message(error), true};
-}
-
 bool isZero(std::span<const std::byte> bytes) {
     return std::ranges::all_of(bytes, [](std::byte byte) { return byte == std::byte{0}; });
 }
@@ -40,7 +36,7 @@ std::optional<ExpansionFailure> copyDisk(const ByteSource& disk, int descriptor,
     constexpr std::size_t pieceSize = std::size_t{1} << 20;
     if (::ftruncate(descriptor, static_cast<off_t>(start.written)) != 0 ||
         ::ftruncate(descriptor, static_cast<off_t>(disk.size())) != 0) {
-        return systemFailure(errno);
+        return ExpansionFailure::ofSystem(errno);
     }
     std::vector<std::byte> piece(pieceSize);
     for (std::uint64_t offset = start.written; offset < disk.size(); offset += piece.size()) {
@@ -50,7 +46,7 @@ std::optional<ExpansionFailure> copyDisk(const ByteSource& disk, int descriptor,
             return ExpansionFailure{"the image is damaged"};
         }
         if (!isZero(piece) && !writeAt(descriptor, offset, piece)) {
-            return systemFailure(errno);
+            return ExpansionFailure::ofSystem(errno);
         }
         start.onWritten(offset + piece.size());
     }
@@ -83,8 +79,9 @@ std::optional<ExpansionFailure> expandDisk(const DiskImage& image, PartialDisk& 
         return ExpansionFailure{"the image was changed meanwhile"};
     }
     // What was taken but could not be kept is not to be built upon.
-    return disk.finish() ? std::nullopt
-                         : std::optional(ExpansionFailure{systemFailure(errno).reason});
+    return disk.finish()
+               ? std::nullopt
+               : std::optional(ExpansionFailure{ExpansionFailure::ofSystem(errno).reason});
 }
 
 } // namespace platform::hdiutil

@@ -87,7 +87,7 @@ public:
     // Whether there is anything to do but to write the chunks.
     bool prepare() {
         if (!std::ranges::all_of(m_image.chunks, canExpand, &UdifChunk::kind)) {
-            fail("lzfse compression is not supported", false);
+            fail({"lzfse compression is not supported"});
             return false;
         }
         const auto size = static_cast<off_t>(m_image.sectorCount * udifSectorSize);
@@ -161,14 +161,14 @@ private:
     }
 
     void failFor(const UdifChunk& chunk) {
-        fail(format("the chunk at sector {} is damaged", chunk.firstSector), false);
+        fail({format("the chunk at sector {} is damaged", chunk.firstSector)});
     }
-    void failForSystem(int error) { fail(std::generic_category().message(error), true); }
+    void failForSystem(int error) { fail(ExpansionFailure::ofSystem(error)); }
     // The first to fail says why; the others stop.
-    void fail(std::string reason, bool canGoOn) {
+    void fail(ExpansionFailure failure) {
         const std::lock_guard lock(m_mutex);
         if (!m_failure) {
-            m_failure = ExpansionFailure{std::move(reason), canGoOn};
+            m_failure = std::move(failure);
         }
         m_failed = true;
     }
@@ -198,6 +198,10 @@ void runOn(std::size_t threads, Expansion& expansion) {
 }
 
 } // namespace
+
+ExpansionFailure ExpansionFailure::ofSystem(int error) {
+    return {std::generic_category().message(error), true, error == ENOSPC || error == EDQUOT};
+}
 
 std::optional<ExpansionFailure> expandUdif(const ByteSource& file, const UdifImage& image,
                                            int descriptor, unsigned threads,

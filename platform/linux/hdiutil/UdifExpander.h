@@ -16,6 +16,10 @@ struct ExpansionFailure {
     std::string reason;
     /// The system did not let it, which may be different later; otherwise the image is at fault.
     bool canGoOn = false;
+    bool isForRoom = false; ///< the disk, or the user's share of it, is full
+
+    /// The failure that the system gives this number (errno).
+    [[nodiscard]] static ExpansionFailure ofSystem(int error);
 };
 
 /// Writes the bytes of the disk in `image`, which is what `readUdif` made of `file`, into the

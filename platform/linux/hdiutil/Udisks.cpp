@@ -167,6 +167,11 @@ bool Udisks::unmount(const std::string& device) {
 
 BusReply Udisks::call(const std::string& path, std::string_view interface, std::string_view member,
                       std::optional<int> descriptor, std::vector<BusOption> options) {
+    BusReply none;
+    none.errorName = "timeout";
+    if (isSilent) {
+        return none;
+    }
     auto result = bus.call({.destination = std::string(serviceName),
                             .path = path,
                             .interface = std::string(interface),
@@ -179,9 +184,11 @@ BusReply Udisks::call(const std::string& path, std::string_view interface, std::
     if (auto* reply = std::get_if<BusReply>(&result)) {
         return std::move(*reply);
     }
-    BusReply none;
-    none.errorName =
-        std::holds_alternative<MessageBus::TimedOut>(result) ? "timeout" : "unreachable";
+    // Whoever waits for a disk waits once, not for each volume.
+    isSilent = std::holds_alternative<MessageBus::TimedOut>(result);
+    if (!isSilent) {
+        none.errorName = "unreachable";
+    }
     return none;
 }
 

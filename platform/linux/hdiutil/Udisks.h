@@ -45,6 +45,7 @@ private:
                                          std::string_view member);
 
     MessageBus bus;
+    bool isSilent = false; ///< it has not answered in time, and is asked no more
 };
 
 } // namespace platform::hdiutil
