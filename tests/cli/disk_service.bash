@@ -10,7 +10,7 @@ readonly udevd=/lib/systemd/systemd-udevd
 readonly common_user=65534
 
 exec_inside() {
-    exec env -u DBUS_SYSTEM_BUS_ADDRESS nsenter --mount="/proc/$system/ns/mnt" --wd="$PWD" "$@"
+    exec "${within[@]}" "$@"
 }
 
 # start_system RULE: RULE is the answer of polkit (yes, no, auth_admin) to the common user.
@@ -25,6 +25,7 @@ start_system() {
     unshare --mount --propagation private sleep infinity 3>&- &
     system=$!
     services=("$system")
+    within=(env -u DBUS_SYSTEM_BUS_ADDRESS nsenter --mount="/proc/$system/ns/mnt" --wd="$PWD")
     wait_for has_own_mounts "$system"
     polkit_answer=$1 inside bash -eu -c "$(declare -f lay_out_system); lay_out_system"
     serve dbus-daemon --config-file=/run/bus.conf --nofork
@@ -83,7 +84,7 @@ has_own_mounts() {
 
 # Runs a command within.
 inside() {
-    env -u DBUS_SYSTEM_BUS_ADDRESS nsenter --mount="/proc/$system/ns/mnt" --wd="$PWD" "$@"
+    "${within[@]}" "$@"
 }
 
 serve() {

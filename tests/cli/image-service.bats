@@ -11,8 +11,7 @@ teardown() {
 }
 
 hdiutil() {
-    capture env -u DBUS_SYSTEM_BUS_ADDRESS \
-        nsenter --mount="/proc/$system/ns/mnt" --wd="$PWD" "${mantle[@]}" "$HDIUTIL" "$@"
+    capture "${within[@]}" "${mantle[@]}" "$HDIUTIL" "$@"
 }
 
 # From here on the tool runs as a common user, in a folder that it can reach.
