@@ -1,20 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/LocalizedStrings.h"
 
-#include "tests/unit/support/EnvironmentVariable.h"
+#include "tests/unit/support/Catalogue.h"
 #include "tests/unit/support/TemporaryFolder.h"
 
 #include <array>
-#include <clocale>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <libintl.h>
 
 #include <gtest/gtest.h>
 
@@ -35,23 +31,6 @@ TEST(LocalizedStrings, ShowTheKeyWithoutACatalogue) {
 TEST(LocalizedStrings, NeverLookUpTheEmptyKey) {
     EXPECT_EQ(stringForKey(""), "");
 }
-
-/// Binds the catalogues of the tests. The C library keeps them for the whole process.
-class Catalogue : public testing::Test {
-protected:
-    ~Catalogue() override {
-        ::textdomain("messages");
-        std::setlocale(LC_MESSAGES, "C");
-    }
-    void use(const char* languages, const std::string& folder = QM_TEST_CATALOGUES) {
-        m_languages.reset();
-        m_languages.emplace("LANGUAGE", languages);
-        ASSERT_TRUE(bindCatalogue("qm-test", folder));
-    }
-
-private:
-    std::optional<EnvironmentVariable> m_languages;
-};
 
 TEST_F(Catalogue, HasTheTextsOfTheUsersLanguageInUTF8) {
     use("de");
