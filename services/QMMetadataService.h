@@ -34,7 +34,7 @@ public:
     struct Settings {
         /// Describes disk images; null for the one of the process.
         std::shared_ptr<const QMDiskImageService> diskImages;
-        /// Reads images; without one, nothing is told of them.
+        /// Reads images; empty for the one of the system.
         ImageReader imageReader = {};
     };
 

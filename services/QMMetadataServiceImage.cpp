@@ -170,10 +170,10 @@ constexpr std::array<QMMetadataField<ImageProperties>, 17> fields{{
 
 void QMMetadataService::extractImageMetadata(const std::string& path, const Keys& enabledKeys,
                                              QMMetadataEntries& into) const {
-    if (!m_settings.imageReader) {
-        return;
-    }
-    const auto image = m_settings.imageReader(path, containsKey(enabledKeys, animatedKey));
+    const bool wantsImageCount = containsKey(enabledKeys, animatedKey);
+    const auto image = m_settings.imageReader
+                           ? m_settings.imageReader(path, wantsImageCount)
+                           : platform::imagePropertiesOfFile(path, wantsImageCount);
     if (!image) {
         return;
     }
