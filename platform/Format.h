@@ -2,9 +2,11 @@
 #pragma once
 
 #include <array>
+#include <cmath>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <span>
 #include <string>
 #include <string_view>
@@ -13,20 +15,34 @@
 
 /// Formatted text with format strings that are checked when the code is compiled.
 ///
-/// The syntax is that of std::format: "{}" takes the next argument, "{:o}" an integer in octal,
-/// "{:x}" in hexadecimal, "{{" and "}}" are braces.
+/// The syntax is that of std::format: "{}" takes the next text or integer, "{:o}" an integer in
+/// octal, "{:x}" in hexadecimal, "{:.1f}" a number with this many digits behind the point, from 0
+/// to 9, "{{" and "}}" are braces. Numbers are rounded as they are stored, halves to the even
+/// digit; those that are none read "inf", "-inf" and "nan". Nothing depends on the locale.
 namespace platform {
 
 /// One value to be formatted. Texts are borrowed.
-using FormatArgument = std::variant<std::int64_t, std::uint64_t, std::string_view>;
+using FormatArgument = std::variant<std::int64_t, std::uint64_t, double, std::string_view>;
 
 namespace detail {
 
-enum class ArgumentKind : bool { text, integer };
+enum class ArgumentKind : std::uint8_t { text, integer, number };
 
 template <class T>
 consteval ArgumentKind argumentKind() {
+    if (std::floating_point<std::remove_cvref_t<T>>) {
+        return ArgumentKind::number;
+    }
     return std::integral<std::remove_cvref_t<T>> ? ArgumentKind::integer : ArgumentKind::text;
+}
+
+/// Whether what stands between the braces asks for an argument of this kind.
+consteval bool fieldFits(std::string_view field, ArgumentKind kind) {
+    if (kind == ArgumentKind::number) {
+        return field.size() == 4 && field.starts_with(":.") && field[2] >= '0' && field[2] <= '9' &&
+               field[3] == 'f';
+    }
+    return field.empty() || (kind == ArgumentKind::integer && (field == ":o" || field == ":x"));
 }
 
 // Reaching this function while compiling is the error message for a bad format string.
@@ -47,9 +63,7 @@ consteval void checkFormat(std::string_view text, std::span<const ArgumentKind> 
         if (text[i] == '}' || end == std::string_view::npos || used == arguments.size()) {
             formatStringDoesNotMatchItsArguments();
         }
-        const std::string_view field = text.substr(i + 1, end - i - 1);
-        const bool numeric = field == ":o" || field == ":x";
-        if (!field.empty() && !(numeric && arguments[used] == ArgumentKind::integer)) {
+        if (!fieldFits(text.substr(i + 1, end - i - 1), arguments[used])) {
             formatStringDoesNotMatchItsArguments();
         }
         ++used;
@@ -66,6 +80,9 @@ FormatArgument makeArgument(const T& value) {
         return static_cast<std::int64_t>(value);
     } else if constexpr (std::unsigned_integral<T>) {
         return static_cast<std::uint64_t>(value);
+    } else if constexpr (std::floating_point<T>) {
+        // What is no number has a sign all the same, which means nothing.
+        return std::isnan(value) ? std::numeric_limits<double>::quiet_NaN() : double{value};
     } else {
         return std::string_view(value);
     }

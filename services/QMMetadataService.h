@@ -5,6 +5,7 @@
 #include "model/QMMetadataCategory.h"
 #include "model/QMMetadataEntry.h"
 #include "model/QMMetadataResult.h"
+#include "platform/ImageSource.h"
 #include "platform/PropertyList.h"
 #include "services/QMDiskImageService.h"
 
@@ -24,10 +25,17 @@ public:
     /// Keys as preferences hold them: nothing is checked, so others than texts may be among them.
     using Keys = platform::PropertyList::Array;
 
+    /// Reads what an image file says of its first image, as `platform::imagePropertiesOfFile` does;
+    /// called on any thread, several files at once.
+    using ImageReader = std::function<std::optional<platform::ImageProperties>(
+        const std::string& path, bool wantsImageCount)>;
+
     /// What a service works with. Others than the defaults are for tests.
     struct Settings {
         /// Describes disk images; null for the one of the process.
         std::shared_ptr<const QMDiskImageService> diskImages;
+        /// Reads images; empty for the one of the system.
+        ImageReader imageReader = {};
     };
 
     /// The one service of the process, made when it is first asked for.
@@ -81,6 +89,12 @@ public:
     // The extractors, one for each category that has one. Each reads the file at `path`, appends to
     // `into` what it finds of `enabledKeys`, in the order of display, and appends nothing when the
     // file cannot be opened. They may take long: they belong on a background queue.
+
+    /// Size, colours and resolution of the first image in an image file, and what the camera wrote
+    /// down when it was taken. No pixels are decoded. The images are counted, which may mean
+    /// reading the whole file, only for the key "animated".
+    void extractImageMetadata(const std::string& path, const Keys& enabledKeys,
+                              QMMetadataEntries& into) const;
 
     /// Encoding, counts, line ends, language and interpreter of a text file, from its first 64 KiB.
     /// Nothing but regular files is read, so FIFOs and devices never block; a file whose reading

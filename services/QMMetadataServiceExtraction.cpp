@@ -18,7 +18,8 @@ struct Extractor {
     decltype(&QMMetadataService::extractTextMetadata) extract;
 };
 
-constexpr std::array<Extractor, 2> extractors{{
+constexpr std::array<Extractor, 3> extractors{{
+    {QMMetadataCategoryImageRaster, &QMMetadataService::extractImageMetadata},
     {QMMetadataCategoryText, &QMMetadataService::extractTextMetadata},
     {QMMetadataCategoryDiskImage, &QMMetadataService::extractDiskImageMetadata},
 }};

@@ -7,9 +7,12 @@
 #include "tests/unit/support/TemporaryFolder.h"
 
 #include <filesystem>
+#include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -18,6 +21,7 @@
 namespace {
 
 using platform::FileURL;
+using platform::ImageProperties;
 using platform::PropertyList;
 using Result = std::shared_ptr<QMMetadataResult>;
 
@@ -77,6 +81,35 @@ TEST_F(QMMetadataServiceExtraction, TellsWhatIsInAText) {
     ASSERT_EQ(result->entries->size(), 5U);
     EXPECT_EQ(result->entries->at(3)->key, "wordCount");
     EXPECT_EQ(result->entries->at(3)->value, "2");
+}
+
+TEST_F(QMMetadataServiceExtraction, TellsWhatPicturesSay) {
+    // The day's last digit is that of the file's name.
+    const auto read = [](const std::string& path, bool) {
+        ImageProperties image;
+        std::string date = "2023:07:10 08:00:00";
+        date[9] = path[path.size() - 5];
+        image.exif.emplace().dateTimeOriginal = std::move(date);
+        return std::optional(std::move(image));
+    };
+    const auto service = QMMetadataService::init({nullptr, read});
+    std::map<std::string, std::size_t> answers;
+    std::size_t done = 0;
+    constexpr std::size_t files = 64;
+    for (std::size_t i = 0; i < files; ++i) {
+        service->extractMetadataForFileItem(
+            item(folder.file(std::to_string(i).append(".JPG"))), [&](const Result& result) {
+                EXPECT_EQ(result->category, QMMetadataCategoryImageRaster);
+                for (const auto& entry : *result->entries) {
+                    ++answers[entry->value.value_or("none")];
+                }
+                ++done;
+            });
+    }
+    platform::DispatchQueue::runMainQueueUntil([&done] { return done == files; });
+    EXPECT_EQ(answers.size(), 10U);
+    EXPECT_EQ(answers["Jul 10, 2023 at 8:00\u202FAM"], 7U);
+    EXPECT_EQ(answers["Jul 19, 2023 at 8:00\u202FAM"], 6U);
 }
 
 TEST_F(QMMetadataServiceExtraction, ToldOfAtOnceIsThatThereIsNothing) {

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace platform {
+
+/// What an image file says of its first image. Texts are UTF-8, without NUL and without the blanks
+/// that cameras fill fields with at their end. Absent is what the file does not say.
+struct ImageProperties {
+    /// Exif 2.32, the fields of the Exif IFD.
+    struct Exif {
+        std::optional<std::string> lensModel;
+        std::optional<double> exposureTime; ///< seconds
+        std::optional<double> fNumber;
+        std::vector<std::int64_t> isoSpeedRatings;
+        std::optional<double> focalLength;              ///< millimetres
+        std::optional<std::int64_t> focalLenIn35mmFilm; ///< millimetres
+        std::optional<std::string> dateTimeOriginal;    ///< as it stands: "2023:07:14 18:30:05"
+
+        friend bool operator==(const Exif&, const Exif&) = default;
+    };
+    /// TIFF 6.0, the fields of the first directory.
+    struct Tiff {
+        std::optional<std::string> make;
+        std::optional<std::string> model;
+        std::optional<std::string> software;
+        std::optional<std::string> copyright;
+
+        friend bool operator==(const Tiff&, const Tiff&) = default;
+    };
+    /// Exif 2.32, the GPS IFD. Degrees without a sign; the references are "N", "S", "E" and "W".
+    struct Gps {
+        std::optional<double> latitude;
+        std::optional<std::string> latitudeRef;
+        std::optional<double> longitude;
+        std::optional<std::string> longitudeRef;
+
+        friend bool operator==(const Gps&, const Gps&) = default;
+    };
+    /// IPTC-IIM 4.2, record 2.
+    struct Iptc {
+        std::optional<std::string> copyrightNotice;
+
+        friend bool operator==(const Iptc&, const Iptc&) = default;
+    };
+
+    std::optional<std::int64_t> pixelWidth; ///< as stored, before any orientation
+    std::optional<std::int64_t> pixelHeight;
+    std::optional<std::int64_t> depth;      ///< bits of each component
+    std::optional<std::string> colorModel;  ///< "RGB", "Gray", "CMYK", "Lab"
+    std::optional<std::string> profileName; ///< of the embedded colour profile
+    std::optional<double> dpiWidth;         ///< pixels per inch
+    std::optional<double> dpiHeight;
+    std::optional<bool> hasAlpha;
+    /// Blocks: present when the file has one, even if nothing of the above is in it.
+    std::optional<Exif> exif;
+    std::optional<Tiff> tiff;
+    std::optional<Gps> gps;
+    std::optional<Iptc> iptc;
+    /// How many images (frames, pages, sizes) the file has; absent unless it was asked for.
+    std::optional<std::uint64_t> imageCount;
+
+    friend bool operator==(const ImageProperties&, const ImageProperties&) = default;
+};
+
+/// Reads the image file at `path`, by its content alone, without decoding pixels. nullopt when it
+/// cannot be opened, is no regular file, or is no image that can be read. Counting images may mean
+/// walking through the whole file, so it is done only for `wantsImageCount`. Blocks, but not for
+/// ever: a file that takes too long counts as one that cannot be read. Any thread.
+[[nodiscard]] std::optional<ImageProperties> imagePropertiesOfFile(const std::string& path,
+                                                                   bool wantsImageCount);
+
+} // namespace platform
