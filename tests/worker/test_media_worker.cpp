@@ -8,9 +8,11 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <functional>
 #include <map>
 #include <memory>
@@ -91,6 +93,19 @@ Answer loop(const Job& /*job*/) {
     while (true) {
         turns = turns + 1;
     }
+}
+
+// Uses the processor for that many microseconds, as reading a file does.
+Answer work(const Job& job) {
+    const auto used = [] {
+        timespec time{};
+        ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+    };
+    const auto end = used() + std::chrono::microseconds(std::stoi(job.argument));
+    while (used() < end) {
+    }
+    return imageOfWidth(1);
 }
 
 // Waits for what never comes, without using the processor.
@@ -213,6 +228,7 @@ const std::map<std::string_view, std::function<Answer(const Job&)>> words{
     {"exit", [](const Job&) -> Answer { ::_exit(0); }},
     {"poison", poison},
     {"loop", loop},
+    {"work", work},
     {"wait", wait},
     {"memory", memory},
     {"room", room},
