@@ -97,11 +97,14 @@ MediaWorker::~MediaWorker() {
 
 MediaWorker& MediaWorker::shared() {
     static auto* const worker = [] {
-        constexpr unsigned mostProcesses = 4;
+        // More than there are cores: while one answer is on its way, another file is read.
+        constexpr unsigned processesPerCore = 2;
+        constexpr unsigned mostProcesses = 8;
         Settings settings;
         settings.program = helperProgram("quillmere-media-worker");
         settings.limits.wall = std::chrono::seconds(QM_MEDIA_TIME_LIMIT);
-        settings.processes = std::clamp(std::thread::hardware_concurrency(), 1U, mostProcesses);
+        settings.processes =
+            std::clamp(processesPerCore * std::thread::hardware_concurrency(), 1U, mostProcesses);
         return new MediaWorker(std::move(settings));
     }();
     return *worker;
