@@ -10,7 +10,7 @@
 /// member for each property that is there, named as in the struct. Any thread.
 namespace platform::worker {
 
-/// The bytes of `properties`. What `imageProperties` would refuse is left out: texts that are not
+/// The bytes of `properties`. What `decodedImageProperties` refuses is left out: texts that are not
 /// UTF-8 or have a NUL, numbers that are not finite, integers outside of 0 to 2^32-1, a colour
 /// model of no known name.
 [[nodiscard]] Data encodedImageProperties(const ImageProperties& properties);
