@@ -32,6 +32,9 @@ find_package(BZip2 REQUIRED)
 find_package(LibLZMA REQUIRED)
 pkg_check_modules(DEFLATE REQUIRED IMPORTED_TARGET libdeflate)
 
+# For the process that reads media.
+pkg_check_modules(SECCOMP REQUIRED IMPORTED_TARGET libseccomp)
+
 # Loaded while the program runs, so only its headers are needed here.
 find_path(QM_SD_BUS_INCLUDE_DIR systemd/sd-bus.h REQUIRED)
 

@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace platform {
@@ -34,5 +35,14 @@ public:
 private:
     int m_number = -1;
 };
+
+/// The same file under a number above those of the standard streams, where it is in the way of no
+/// child's; the number is -1, and errno says why, when there is none left. Closed on exec.
+inline Descriptor aboveStandardStreams(Descriptor descriptor) {
+    if (descriptor.number() < 0 || descriptor.number() > STDERR_FILENO) {
+        return descriptor;
+    }
+    return Descriptor(::fcntl(descriptor.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
 
 } // namespace platform

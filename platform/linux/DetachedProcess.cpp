@@ -78,7 +78,7 @@ void keepOpen(int descriptor, std::chrono::milliseconds duration) {
         if (::_Fork() == 0) {
             hold(descriptor, milliseconds);
         }
-        ::_exit(0);
+        endCopy();
     }
     if (child > 0) {
         waitForProcess(child);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/FileHandle.h"
 
+#include "platform/linux/RegularFile.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <limits>
@@ -30,6 +32,12 @@ std::optional<struct stat> statusOf(int descriptor) {
 
 } // namespace
 
+Descriptor openRegularFile(const std::string& path) {
+    Descriptor file(openForReading(path, O_NONBLOCK));
+    const auto status = statusOf(file.number());
+    return status && S_ISREG(status->st_mode) ? std::move(file) : Descriptor();
+}
+
 std::optional<FileHandle> FileHandle::forReadingAtPath(const std::string& path) {
     FileHandle handle(openForReading(path, 0));
     const auto status = statusOf(handle.m_descriptor);
@@ -37,9 +45,8 @@ std::optional<FileHandle> FileHandle::forReadingAtPath(const std::string& path) 
 }
 
 std::optional<FileHandle> FileHandle::forReadingRegularFileAtPath(const std::string& path) {
-    FileHandle handle(openForReading(path, O_NONBLOCK));
-    const auto status = statusOf(handle.m_descriptor);
-    return status && S_ISREG(status->st_mode) ? std::optional(std::move(handle)) : std::nullopt;
+    FileHandle handle(openRegularFile(path).release());
+    return handle.m_descriptor >= 0 ? std::optional(std::move(handle)) : std::nullopt;
 }
 
 FileHandle FileHandle::fromDescriptor(int descriptor) {

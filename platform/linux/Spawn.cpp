@@ -8,6 +8,7 @@
 #include <spawn.h>
 #include <unistd.h>
 
+#include <sys/syscall.h>
 #include <sys/wait.h>
 
 namespace platform {
@@ -110,10 +111,16 @@ void spawnDetached(const SpawnRequest& request) {
     const pid_t child = ::_Fork();
     if (child == 0) {
         launch.start();
-        ::_exit(0);
+        endCopy();
     }
     if (child > 0) {
         waitForProcess(child);
+    }
+}
+
+void endCopy() {
+    while (true) {
+        ::syscall(SYS_exit_group, 0);
     }
 }
 

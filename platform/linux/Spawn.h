@@ -35,6 +35,10 @@ struct SpawnResult {
 /// Starts the program as no child of this process, so that nobody has to wait for it. Any thread.
 void spawnDetached(const SpawnRequest& request);
 
+/// Ends this process, a copy that `_Fork` made, at once. A checker that stands before the C
+/// library's way out would wait there for threads that the copy does not have.
+[[noreturn]] void endCopy();
+
 /// Waits until `process`, a child, ends. Answers its exit status or the number of the signal that
 /// ended it; nullopt when the system keeps no status of it. Any thread.
 std::optional<int> waitForProcess(pid_t process);

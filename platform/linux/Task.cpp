@@ -31,14 +31,6 @@ struct Channel {
     int error = 0;
 };
 
-// Below 3 it would be in the way of the child's standard streams.
-Descriptor aboveStandardStreams(Descriptor descriptor) {
-    if (descriptor.number() < 0 || descriptor.number() > STDERR_FILENO) {
-        return descriptor;
-    }
-    return Descriptor(::fcntl(descriptor.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
-}
-
 Channel channelTo(Task::Output output) {
     Channel channel;
     if (output == Task::Output::nullDevice) {

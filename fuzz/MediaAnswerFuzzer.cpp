@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+// Reads bytes as what a process for media answers: as a whole message, and as its value alone.
+#include "fuzz/Fuzzing.h"
+#include "platform/linux/Cbor.h"
+#include "platform/linux/worker/ImageAnswer.h"
+#include "platform/linux/worker/MediaMessage.h"
+
+#include <algorithm>
+
+namespace {
+
+using namespace platform;
+
+void readMessage(DataView bytes) {
+    const auto answer = worker::decodedAnswer(bytes);
+    if (!answer) {
+        return;
+    }
+    const auto head = worker::encodedAnswerHead(answer->outcome, answer->number);
+    fuzzing::require(std::equal(head.begin(), head.end(), bytes.begin()));
+    fuzzing::require(head.size() + answer->value.size() == bytes.size());
+    static_cast<void>(worker::decodedImageProperties(answer->value));
+}
+
+void readValue(DataView bytes) {
+    if (const auto value = Cbor::decoded(bytes)) {
+        const auto written = Cbor::encoded(*value);
+        fuzzing::require(written && written->size() <= bytes.size());
+        const auto again = Cbor::decoded(*written);
+        fuzzing::require(again && Cbor::encoded(*again) == written);
+    }
+    if (const auto properties = worker::decodedImageProperties(bytes)) {
+        const auto written = worker::encodedImageProperties(*properties);
+        fuzzing::require(worker::decodedImageProperties(written) == properties);
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const auto bytes = fuzzing::bytesOf(data, size);
+    readMessage(bytes);
+    readValue(bytes);
+    return 0;
+}

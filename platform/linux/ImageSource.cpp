@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/ImageSource.h"
+
+#include "platform/linux/worker/ImageQuestion.h"
+
+namespace platform {
+
+std::optional<ImageProperties> imagePropertiesOfFile(const std::string& path,
+                                                     bool wantsImageCount) {
+    return worker::imageProperties(worker::MediaWorker::shared(), path, wantsImageCount);
+}
+
+} // namespace platform

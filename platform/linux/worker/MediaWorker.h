@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/linux/worker/WorkerProcess.h"
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace platform::worker {
+
+/// Has media files read by processes that may do nothing else, as the libraries that read them
+/// are large and fall over hostile files. The processes are started when they are needed and kept;
+/// one that ends, takes too long or answers nonsense is replaced. Any thread, several at once.
+class MediaWorker {
+public:
+    struct Settings {
+        std::string program;
+        TimeLimits limits;
+        unsigned processes = 1; ///< at most, one file at a time in each
+        /// Then a process is replaced, so that what the libraries lose or spoil does not add up.
+        std::uint64_t requestsPerProcess = 4096;
+        /// How long nothing is started after a process that did not become ready.
+        std::chrono::milliseconds pause{10'000};
+    };
+    explicit MediaWorker(Settings settings);
+    MediaWorker(const MediaWorker&) = delete;
+    MediaWorker& operator=(const MediaWorker&) = delete;
+    MediaWorker(MediaWorker&&) = delete;
+    MediaWorker& operator=(MediaWorker&&) = delete;
+    /// No request may be under way.
+    ~MediaWorker();
+
+    /// The one that all of this process share.
+    [[nodiscard]] static MediaWorker& shared();
+
+    /// Takes over the value of an answer; false when it is not what was asked for.
+    using Reader = std::function<bool(DataView)>;
+    /// Has the file `descriptor`, whose position may move, read as `request` says. False when there
+    /// is no answer: the file is nothing of that kind, takes too long or is the end of the process
+    /// that reads it. A process that has read other files before gets no blame put on this one: it
+    /// is read once more by a new one. Blocks, at worst for both limits of time twice over.
+    [[nodiscard]] bool ask(const MediaRequest& request, int descriptor, const Reader& reader);
+
+private:
+    struct State;
+    class Registry;
+    using Process = std::unique_ptr<WorkerProcess>;
+
+    [[nodiscard]] Process take();
+    [[nodiscard]] Process started();
+    [[nodiscard]] Process replacementFor(Process process);
+    void giveBack(Process process);
+    void discard(Process process);
+    [[nodiscard]] bool mayStart() const;
+
+    Settings m_settings;
+    std::unique_ptr<State> m_state;
+};
+
+} // namespace platform::worker
