@@ -32,6 +32,13 @@ find_package(BZip2 REQUIRED)
 find_package(LibLZMA REQUIRED)
 pkg_check_modules(DEFLATE REQUIRED IMPORTED_TARGET libdeflate)
 
+# For the reader of untrusted media alone.
+find_package(GIF REQUIRED)
+find_package(JPEG REQUIRED)
+find_package(PNG REQUIRED)
+pkg_check_modules(EXIV2 REQUIRED IMPORTED_TARGET exiv2)
+pkg_check_modules(LCMS REQUIRED IMPORTED_TARGET lcms2)
+
 # Loaded while the program runs, so only its headers are needed here.
 find_path(QM_SD_BUS_INCLUDE_DIR systemd/sd-bus.h REQUIRED)
 

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/media/ImageReader.h"
+
+#include "platform/linux/ByteText.h"
+#include "platform/linux/media/ImageFormats.h"
+#include "platform/linux/media/PhotoTags.h"
+
+#include <array>
+#include <exception>
+#include <string_view>
+
+namespace platform::media {
+namespace {
+
+using namespace std::string_view_literals;
+
+struct Format {
+    std::size_t offset;
+    std::string_view mark;
+    ImageFormatReader* read;
+};
+
+// What a file of the format has at its beginning, by the format's own specification. Only the
+// first row that fits is tried.
+constexpr std::array formats{
+    Format{0, "\xFF\xD8\xFF"sv, readJpeg}, Format{0, "\x89PNG\r\n\x1A\n"sv, readPng},
+    Format{0, "GIF8"sv, readGif},          Format{0, "BM"sv, readBmp},
+    Format{0, "\0\0\1\0"sv, readIco},      Format{0, "\0\0\2\0"sv, readIco},
+};
+constexpr std::size_t longestMark = 16;
+
+ImageFormatReader* readerOf(DataView start) {
+    for (const Format& format : formats) {
+        if (hasTextAt(start, format.offset, format.mark)) {
+            return format.read;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+void prepareImageReaders() {
+    PhotoTags::prepare();
+}
+
+std::optional<ImageProperties> readImage(int descriptor, bool wantsImageCount) {
+    const auto file = ImageFile::of(descriptor);
+    if (!file) {
+        return std::nullopt;
+    }
+    std::array<std::byte, longestMark> start{};
+    const DataView found = DataView(start).first(file->readSome(0, start));
+    ImageFormatReader* const read = readerOf(found);
+    try {
+        return read == nullptr ? std::nullopt : read(*file, wantsImageCount);
+    } catch (const std::exception&) { // no memory, or what a library throws at damaged files
+        return std::nullopt;
+    }
+}
+
+} // namespace platform::media

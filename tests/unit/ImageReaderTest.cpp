@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is read of image files that other programs have made; tests/samples/make-samples makes them.
+#include "platform/linux/media/ImageReader.h"
+
+#include "platform/linux/Descriptor.h"
+#include "tests/unit/support/ImageDescription.h"
+#include "tests/unit/support/MemoryFile.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+
+#include <fcntl.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using platform::ImageProperties;
+using platform::media::readImage;
+
+struct Sample {
+    const char* name;
+    const char* description;
+};
+
+constexpr std::array samples{
+    Sample{"plain.jpg", "12x8 8 RGB count=1"},
+    Sample{"gray.jpg", "12x8 8 Gray count=1"},
+    Sample{"cmyk.jpg", "12x8 8 CMYK count=1"},
+    Sample{"progressive.jpg", "12x8 8 RGB count=1"},
+    Sample{"inches.jpg", "12x8 8 RGB dpi=300x150 count=1"},
+    Sample{"centimetres.jpg", "12x8 8 RGB dpi=254x254 count=1"},
+    Sample{"profile.jpg", "12x8 8 RGB profile=Test RGB count=1"},
+    Sample{"camera.jpg",
+           "12x8 8 RGB profile=sRGB IEC61966-2.1 count=1 tiff make=Maker model=Camera 1 "
+           "software=Firmware 1.0 copyright=© Someone exif lens=Lens 24-70 time=0.004 f=2.8 "
+           "iso=400 length=35 length35=52 date=2023:07:14 18:30:05 gps latitude=48.8584 ref=N "
+           "longitude=2.2945 ref=E iptc notice=© IPTC"},
+    Sample{"exif-resolution.jpg", "12x8 8 RGB dpi=240x240 count=1 tiff exif"},
+    Sample{"jpeg-named.png", "12x8 8 RGB count=1"},
+    Sample{"gray1.png", "12x8 1 Gray alpha=no count=1"},
+    Sample{"gray2.png", "12x8 2 Gray alpha=no count=1"},
+    Sample{"gray4.png", "12x8 4 Gray alpha=no count=1"},
+    Sample{"gray8.png", "12x8 8 Gray alpha=no count=1"},
+    Sample{"gray16.png", "12x8 16 Gray alpha=no count=1"},
+    Sample{"rgb16.png", "12x8 16 RGB alpha=no count=1"},
+    Sample{"rgba.png", "12x8 8 RGB alpha=yes count=1"},
+    Sample{"graya.png", "12x8 16 Gray alpha=yes count=1"},
+    Sample{"palette4.png", "12x8 4 RGB alpha=no count=1"},
+    Sample{"transparent.png", "12x8 4 RGB alpha=no count=1"},
+    Sample{"72.png", "12x8 16 RGB dpi=72x72 alpha=no count=1"},
+    Sample{"300.png", "12x8 16 RGB dpi=300x300 alpha=no count=1"},
+    Sample{"srgb.png", "12x8 8 Gray profile=sRGB IEC61966-2.1 alpha=no count=1"},
+    Sample{"profile.png", "12x8 8 Gray profile=Test Gray alpha=no count=1"},
+    Sample{
+        "camera.png",
+        "12x8 16 RGB dpi=72x72 alpha=no count=1 tiff make=Maker model=Camera 1 software=Firmware "
+        "1.0 copyright=© Someone exif lens=Lens 24-70 time=0.004 f=2.8 iso=400 length=35 "
+        "length35=52 date=2023:07:14 18:30:05 gps latitude=48.8584 ref=N longitude=2.2945 ref=E"},
+    Sample{"texts.png", "12x8 8 Gray alpha=no count=1 tiff software=Painter copyright=© Grün"},
+    Sample{"iptc.png", "12x8 8 Gray alpha=no count=1 iptc notice=IPTC notice"},
+    Sample{"animated.png", "1x1 8 Gray alpha=no count=3"},
+    Sample{"large.png",
+           "300x200 8 RGB dpi=72x72 alpha=no count=1 tiff make=Maker software=At the end exif"},
+    Sample{"plain.gif", "12x8 8 RGB alpha=no count=1"},
+    Sample{"transparent.gif", "12x8 8 RGB alpha=yes count=1"},
+    Sample{"animated.gif", "12x8 8 RGB alpha=no count=3"},
+    Sample{"plain.bmp", "12x8 8 RGB dpi=72x72 alpha=no count=1"},
+    Sample{"core.bmp", "12x8 8 RGB alpha=no count=1"},
+    Sample{"palette.bmp", "12x8 8 RGB alpha=no count=1"},
+    Sample{"alpha.bmp", "12x8 8 RGB profile=sRGB IEC61966-2.1 alpha=yes count=1"},
+    Sample{"565.bmp", "12x8 5 RGB profile=sRGB IEC61966-2.1 alpha=no count=1"},
+    Sample{"one.ico", "12x8 8 RGB alpha=yes count=1"},
+    Sample{"three.ico", "256x256 8 RGB alpha=yes count=3"},
+};
+
+std::filesystem::path pathOf(const char* name) {
+    return std::filesystem::path(QM_TEST_SAMPLES) / name;
+}
+
+std::optional<ImageProperties> readSample(const char* name, bool wantsImageCount = true) {
+    const platform::Descriptor file(::open(pathOf(name).c_str(), O_RDONLY | O_CLOEXEC));
+    EXPECT_GE(file.number(), 0) << name;
+    return readImage(file.number(), wantsImageCount);
+}
+
+std::string contentsOf(const char* name) {
+    std::ifstream file(pathOf(name), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class ImageReader : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { platform::media::prepareImageReaders(); }
+};
+
+} // namespace
+
+TEST_F(ImageReader, TellsOfEachSampleWhatIsInIt) {
+    for (const Sample& sample : samples) {
+        EXPECT_EQ(ImageDescription::of(readSample(sample.name)), sample.description) << sample.name;
+    }
+}
+
+TEST_F(ImageReader, HasAnExpectationForEachSample) {
+    std::set<std::string> expected;
+    for (const Sample& sample : samples) {
+        expected.insert(sample.name);
+    }
+    std::set<std::string> found;
+    for (const auto& entry : std::filesystem::directory_iterator(QM_TEST_SAMPLES)) {
+        found.insert(entry.path().filename());
+    }
+    EXPECT_EQ(found, expected);
+}
+
+TEST_F(ImageReader, CountsOnlyWhenAsked) {
+    for (const Sample& sample : samples) {
+        auto counted = readSample(sample.name);
+        const auto uncounted = readSample(sample.name, false);
+        ASSERT_TRUE(counted && uncounted) << sample.name;
+        counted->imageCount.reset();
+        EXPECT_EQ(counted, uncounted) << sample.name;
+    }
+}
+
+TEST_F(ImageReader, ReadsBytesOfNoImageAsNone) {
+    for (const std::string_view bytes :
+         {"", "B", "text", "\xFF\xD8\xFF", "GIF89a", "BM", "%PDF-1.7"}) {
+        EXPECT_EQ(readImage(MemoryFile(bytes).descriptor(), true), std::nullopt) << bytes;
+    }
+}
+
+TEST_F(ImageReader, ReadsNothingButRegularFiles) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+    const platform::Descriptor reading(ends[0]);
+    const platform::Descriptor writing(ends[1]);
+    EXPECT_EQ(readImage(reading.number(), true), std::nullopt);
+    EXPECT_EQ(readImage(-1, true), std::nullopt);
+}
+
+TEST_F(ImageReader, SaysNothingWrongOfFilesThatAreCutOff) {
+    constexpr std::size_t step = 1;
+    constexpr std::size_t smallest = 2000;
+    for (const Sample& sample : samples) {
+        const std::string whole = contentsOf(sample.name);
+        const auto expected = readSample(sample.name);
+        ASSERT_TRUE(expected) << sample.name;
+        for (std::size_t size = 0; size < std::min(whole.size(), smallest); size += step) {
+            const auto found =
+                readImage(MemoryFile(std::string_view(whole).substr(0, size)).descriptor(), true);
+            if (found) {
+                EXPECT_EQ(found->pixelWidth, expected->pixelWidth) << sample.name << size;
+                EXPECT_EQ(found->pixelHeight, expected->pixelHeight) << sample.name << size;
+                EXPECT_EQ(found->depth, expected->depth) << sample.name << size;
+            }
+        }
+    }
+}
