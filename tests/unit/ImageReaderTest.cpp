@@ -28,6 +28,59 @@ struct Sample {
 };
 
 constexpr std::array samples{
+    Sample{"large.psb", "12x8 16 RGB dpi=300x150 alpha=no count=1"},
+    Sample{"camera.psd",
+           "12x8 16 RGB profile=Test RGB dpi=72x72 alpha=no count=1 tiff make=Maker model=Camera 1 "
+           "software=Firmware 1.0 copyright=© Someone exif lens=Lens 24-70 time=0.004 f=2.8 "
+           "iso=400 length=35 length35=52 date=2023:07:14 18:30:05 gps latitude=48.8584 ref=N "
+           "longitude=2.2945 ref=E iptc notice=IPTC notice"},
+    Sample{"cmyk.psd", "12x8 16 CMYK alpha=no count=1"},
+    Sample{"gray.psd", "12x8 16 Gray alpha=no count=1"},
+    Sample{"rgb16-alpha.psd", "12x8 16 RGB alpha=yes count=1"},
+    Sample{"srgb.psd", "12x8 16 RGB alpha=no count=1"},
+    Sample{"big-endian.tif", "12x8 16 RGB alpha=no count=1 tiff"},
+    Sample{"big.tif", "12x8 16 RGB alpha=no count=1 tiff"},
+    Sample{"camera.tif",
+           "12x8 16 RGB profile=Test RGB dpi=300x150 alpha=no count=1 tiff make=Maker model=Camera "
+           "1 software=Firmware 1.0 copyright=© Someone exif lens=Lens 24-70 time=0.004 f=2.8 "
+           "iso=400 length=35 length35=52 date=2023:07:14 18:30:05 gps latitude=48.8584 ref=N "
+           "longitude=2.2945 ref=E iptc notice=IPTC notice"},
+    Sample{"cmyk.tif", "12x8 16 CMYK alpha=no count=1 tiff"},
+    Sample{"lab.tif", "12x8 16 Lab alpha=no count=1 tiff"},
+    Sample{"pages.tif", "12x8 16 RGB alpha=no count=3 tiff"},
+    Sample{"palette.tif", "12x8 4 RGB alpha=no count=1 tiff"},
+    Sample{"rgba.tif", "12x8 16 RGB alpha=yes count=1 tiff"},
+    Sample{"ycbcr.tif", "12x8 8 RGB alpha=no count=1 tiff"},
+    Sample{"alpha.heic", "64x48 8 RGB alpha=yes count=1"},
+    Sample{"camera.heic", "64x48 8 RGB profile=Test RGB dpi=72x72 alpha=no count=1 tiff make=Maker "
+                          "model=Camera 1 software=Firmware 1.0 copyright=© Someone exif lens=Lens "
+                          "24-70 time=0.004 f=2.8 iso=400 length=35 length35=52 date=2023:07:14 "
+                          "18:30:05 gps latitude=48.8584 ref=N longitude=2.2945 ref=E"},
+    Sample{"gray.heic", "64x48 8 RGB alpha=no count=1"},
+    Sample{"plain.heic", "64x48 8 RGB alpha=no count=1"},
+    Sample{"rotated.heic", "64x48 8 RGB alpha=no count=1 tiff exif"},
+    Sample{"two.heic", "64x48 8 RGB alpha=no count=2"},
+    Sample{"ten-bits.heif", "64x48 10 RGB alpha=no count=1"},
+
+    Sample{
+        "camera.png",
+        "12x8 16 RGB dpi=72x72 alpha=no count=1 tiff make=Maker model=Camera 1 software=Firmware "
+        "1.0 copyright=© Someone exif lens=Lens 24-70 time=0.004 f=2.8 iso=400 length=35 "
+        "length35=52 date=2023:07:14 18:30:05 gps latitude=48.8584 ref=N longitude=2.2945 ref=E"},
+    Sample{"bilevel.tif", "12x8 1 Gray alpha=no count=1 tiff"},
+    Sample{"float.tif", "12x8 32 RGB alpha=no count=1 tiff"},
+    Sample{"gray4.tif", "12x8 4 Gray alpha=no count=1 tiff"},
+    Sample{"rgb.tif", "12x8 16 RGB dpi=300x150 alpha=no count=1 tiff"},
+    Sample{"rgb16-centimetres.tif", "12x8 16 RGB dpi=254x254 alpha=no count=1 tiff"},
+    Sample{"alpha-lossless.webp", "12x8 8 RGB alpha=yes count=1"},
+    Sample{"alpha.webp", "12x8 8 RGB alpha=yes count=1"},
+    Sample{"animated.webp", "12x8 8 RGB alpha=yes count=3"},
+    Sample{"camera.webp", "12x8 8 RGB profile=Test RGB dpi=72x72 alpha=no count=1 tiff make=Maker "
+                          "model=Camera 1 software=Firmware 1.0 copyright=© Someone exif lens=Lens "
+                          "24-70 time=0.004 f=2.8 iso=400 length=35 length35=52 date=2023:07:14 "
+                          "18:30:05 gps latitude=48.8584 ref=N longitude=2.2945 ref=E"},
+    Sample{"lossless.webp", "12x8 8 RGB alpha=no count=1"},
+    Sample{"lossy.webp", "12x8 8 RGB alpha=no count=1"},
     Sample{"plain.jpg", "12x8 8 RGB count=1"},
     Sample{"gray.jpg", "12x8 8 Gray count=1"},
     Sample{"cmyk.jpg", "12x8 8 CMYK count=1"},

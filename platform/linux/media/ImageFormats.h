@@ -18,10 +18,19 @@ using ImageFormatReader = std::optional<ImageProperties>(const ImageFile& file,
 /// Windows and OS/2 bitmaps.
 ImageFormatReader readBmp;
 ImageFormatReader readGif;
+/// HEIC, AVIF and their kin.
+ImageFormatReader readHeif;
 /// Windows icons and cursors.
 ImageFormatReader readIco;
 ImageFormatReader readJpeg;
 /// PNG and APNG.
 ImageFormatReader readPng;
+/// Photoshop documents.
+ImageFormatReader readPsd;
+/// TIFF, and the raw photographs that have its form: CR2, NEF, ARW, DNG.
+ImageFormatReader readTiff;
+ImageFormatReader readWebP;
+/// GIMP's documents.
+ImageFormatReader readXcf;
 
 } // namespace platform::media

@@ -158,6 +158,10 @@ bool PhotoTags::hasDirectory(std::string_view name) const {
     });
 }
 
+bool PhotoTags::hasField(const std::string& name) const {
+    return m_fields->value(name) != nullptr;
+}
+
 std::optional<std::string> PhotoTags::text(const std::string& name) const {
     const Exiv2::Value* const value = m_fields->value(name);
     return value == nullptr || !isText(*value) ? std::nullopt : std::optional(bytesOf(*value));

@@ -33,6 +33,7 @@ public:
 
     /// Whether any field is in that directory.
     [[nodiscard]] bool hasDirectory(std::string_view name) const;
+    [[nodiscard]] bool hasField(const std::string& name) const;
     /// The bytes of a text; nullopt for fields that are missing or no text.
     [[nodiscard]] std::optional<std::string> text(const std::string& name) const;
     /// The number at `index` of a field; nullopt when there is none or its denominator is 0.
