@@ -27,6 +27,7 @@ namespace {
 
 // The library counts in 32 bits.
 constexpr std::size_t maximumSize = std::numeric_limits<std::uint32_t>::max();
+constexpr std::size_t headerSize = 8;
 
 const Exiv2::byte* libraryBytes(DataView bytes) {
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as bytes
@@ -35,14 +36,10 @@ const Exiv2::byte* libraryBytes(DataView bytes) {
 
 // Where the packet of XMP is named in the first directory of a TIFF structure, the tag is made
 // one that means nothing: the library would parse the packet whenever it sees it, and nobody here
-// asks for what it says.
+// asks for what it says. There are as many bytes as a header has.
 void hideXMP(std::span<std::byte> bytes) {
-    constexpr std::size_t headerSize = 8;
     constexpr std::size_t entrySize = 12;
     constexpr std::uint16_t xmpTag = 700;
-    if (bytes.size() < headerSize) {
-        return;
-    }
     const auto order = hasTextAt(bytes, 0, "MM") ? std::endian::big : std::endian::little;
     const std::uint64_t directory = order == std::endian::big
                                         ? bigEndian<std::uint32_t>(bytes, 4)
@@ -138,6 +135,9 @@ PhotoTags::~PhotoTags() = default;
 
 std::optional<PhotoTags> PhotoTags::decode(std::span<std::byte> bytes) {
     bytes = bytes.first(std::min(bytes.size(), maximumSize));
+    if (bytes.size() < headerSize) {
+        return std::nullopt;
+    }
     hideXMP(bytes);
     auto fields = std::make_unique<Fields>();
     Exiv2::XmpData ignored;
