@@ -7,6 +7,7 @@
 #include "platform/linux/media/PhotoTags.h"
 
 #include <array>
+#include <ctime>
 #include <exception>
 #include <string_view>
 
@@ -62,6 +63,7 @@ ImageFormatReader* readerOf(DataView start) {
 } // namespace
 
 void prepareImageReaders() {
+    ::tzset(); // some make texts of dates while they read
     PhotoTags::prepare();
     prepareHeif();
 }

@@ -7,19 +7,33 @@
 #include <algorithm>
 #include <bit>
 #include <limits>
+#include <map>
+#include <set>
 #include <utility>
 
 #include <exiv2/exiv2.hpp>
 
 namespace platform::media {
 
+// The library looks for a field by comparing the names of all, so they are noted once.
 struct PhotoTags::Fields {
     Exiv2::ExifData exif;
     Exiv2::IptcData iptc;
+    std::map<std::string, const Exiv2::Value*, std::less<>> values;
+    std::set<std::string, std::less<>> directories;
+
+    void note() {
+        for (const Exiv2::Exifdatum& field : exif) {
+            directories.insert(field.groupName());
+            if (field.count() > 0) {
+                values.emplace(field.key(), &field.value());
+            }
+        }
+    }
 
     [[nodiscard]] const Exiv2::Value* value(const std::string& name) const {
-        const auto field = exif.findKey(Exiv2::ExifKey(name));
-        return field == exif.end() || field->count() == 0 ? nullptr : &field->value();
+        const auto field = values.find(name);
+        return field == values.end() ? nullptr : field->second;
     }
 };
 
@@ -145,17 +159,18 @@ std::optional<PhotoTags> PhotoTags::decode(std::span<std::byte> bytes) {
         const auto order =
             Exiv2::TiffParser::decode(fields->exif, fields->iptc, ignored, libraryBytes(bytes),
                                       static_cast<std::uint32_t>(bytes.size()));
-        return order == Exiv2::invalidByteOrder ? std::nullopt
-                                                : std::optional(PhotoTags(std::move(fields)));
+        if (order == Exiv2::invalidByteOrder) {
+            return std::nullopt;
+        }
+        fields->note();
+        return PhotoTags(std::move(fields));
     } catch (const Exiv2::AnyError&) {
         return std::nullopt;
     }
 }
 
 bool PhotoTags::hasDirectory(std::string_view name) const {
-    return std::ranges::any_of(m_fields->exif, [name](const Exiv2::Exifdatum& field) {
-        return field.groupName() == name;
-    });
+    return m_fields->directories.contains(name);
 }
 
 bool PhotoTags::hasField(const std::string& name) const {

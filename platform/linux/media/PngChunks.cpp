@@ -18,8 +18,8 @@ using namespace std::string_view_literals;
 constexpr std::uint64_t signatureSize = 8;
 constexpr std::uint64_t headSize = 8; // length and type
 constexpr std::uint64_t sumSize = 4;
-// Chunks of image data are 8 KiB and more, and seldom anything but them comes in numbers.
-constexpr int mostChunks = 4096;
+// Only chunks of image data come in numbers, and most of these are passed over at once.
+constexpr int mostChunks = 1024;
 constexpr std::uint32_t longestChunk = 16U << 20U;
 
 constexpr std::array<std::byte, headSize> endOfStream{
@@ -35,6 +35,7 @@ constexpr std::uint32_t typeOf(std::string_view name) {
 }
 
 constexpr std::uint32_t headerType = typeOf("IHDR");
+constexpr std::uint32_t dataType = typeOf("IDAT");
 constexpr std::uint32_t endType = typeOf("IEND");
 constexpr std::array plainTypes{headerType,     typeOf("PLTE"), typeOf("tRNS"), typeOf("iCCP"),
                                 typeOf("sRGB"), typeOf("pHYs"), typeOf("eXIf"), typeOf("acTL")};
@@ -76,6 +77,25 @@ bool PngChunks::isWanted(std::uint32_t type, std::uint64_t offset, std::uint32_t
     return true;
 }
 
+// Programs write image data in chunks of one size, so that what looks like one of them where one
+// must be is taken for one, and those between are not looked at.
+std::uint64_t PngChunks::lastOfRun(DataView head, std::uint64_t offset, std::uint64_t whole) const {
+    const auto goesOn = [&](std::uint64_t steps) {
+        std::array<std::byte, headSize> found{};
+        return steps <= (m_file.size() - offset) / whole &&
+               m_file.read(offset + steps * whole, found) && std::ranges::equal(found, head);
+    };
+    std::uint64_t steps = 1;
+    while (goesOn(steps)) {
+        offset += steps * whole;
+        steps *= 2;
+    }
+    for (steps /= 2; steps > 0; steps /= 2) {
+        offset += goesOn(steps) ? steps * whole : 0;
+    }
+    return offset;
+}
+
 void PngChunks::find() {
     std::uint64_t offset = signatureSize;
     for (int i = 0; i < mostChunks; ++i) {
@@ -93,7 +113,7 @@ void PngChunks::find() {
         if (isWanted(type, offset + headSize, length)) {
             m_stretches.push_back({offset, whole});
         }
-        offset += whole;
+        offset = type == dataType ? lastOfRun(head, offset, whole) + whole : offset + whole;
     }
 }
 

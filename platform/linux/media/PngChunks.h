@@ -17,7 +17,7 @@ namespace platform::media {
 class PngChunks {
 public:
     /// Looks for the chunks; `file` must outlive this. Gives up where the file ends, where its
-    /// chunks make no sense, and after some thousands of chunks.
+    /// chunks make no sense, and after a thousand of them.
     explicit PngChunks(const ImageFile& file);
 
     /// Fills `buffer` with the next bytes of the stream; false at its end.
@@ -31,6 +31,8 @@ private:
 
     void find();
     [[nodiscard]] bool isWanted(std::uint32_t type, std::uint64_t offset, std::uint32_t length);
+    [[nodiscard]] std::uint64_t lastOfRun(DataView head, std::uint64_t offset,
+                                          std::uint64_t whole) const;
     [[nodiscard]] std::size_t readPiece(std::span<std::byte> buffer);
 
     const ImageFile& m_file;
