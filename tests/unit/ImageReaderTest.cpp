@@ -5,17 +5,27 @@
 #include "platform/linux/Descriptor.h"
 #include "tests/unit/support/ImageDescription.h"
 #include "tests/unit/support/MemoryFile.h"
+#include "tests/unit/support/ShellCommand.h"
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <set>
+#include <sstream>
+#include <string>
+#include <vector>
 
 #include <fcntl.h>
 
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 
 namespace {
 
@@ -146,6 +156,50 @@ std::string contentsOf(const char* name) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+// Lets the process open nothing any more, nor write, nor start others.
+bool confine() {
+    std::vector<sock_filter> filter{
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+    };
+    for (const int call : {SYS_openat, SYS_socket, SYS_execve, SYS_write, SYS_pwrite64, SYS_clone,
+                           SYS_ftruncate, SYS_readlink}) {
+        filter.push_back(BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(call), 0, 1));
+        filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_KILL_PROCESS));
+    }
+    filter.push_back(BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW));
+    const sock_fprog program{static_cast<unsigned short>(filter.size()), filter.data()};
+    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+           ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+// How a process ends that may open nothing: with 0 when the work is done.
+template <class Work>
+int statusOfConfined(const Work& work) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::_exit(confine() && work() ? 0 : 1);
+    }
+    int status = -1;
+    return child > 0 && ::waitpid(child, &status, 0) == child ? status : -1;
+}
+
+// What exiftool says of a file: the values of the tags, as numbers where they are, "-" for none.
+std::vector<std::string> valuesByExiftool(const char* name, const std::string& tags) {
+    std::istringstream line(
+        outputOfShell("exiftool -n -T -c %.4f -FileType# " + tags + " " + pathOf(name).string()));
+    std::vector<std::string> values;
+    for (std::string value; std::getline(line, value, '\t');) {
+        values.push_back(value.substr(0, value.find('\n')));
+    }
+    return values;
+}
+
+template <class Number>
+std::string textOf(const std::optional<Number>& number) {
+    std::ostringstream stream;
+    return number ? (stream << *number, stream.str()) : "-";
+}
+
 class ImageReader : public ::testing::Test {
 protected:
     static void SetUpTestSuite() { platform::media::prepareImageReaders(); }
@@ -213,5 +267,63 @@ TEST_F(ImageReader, SaysNothingWrongOfFilesThatAreCutOff) {
                 EXPECT_EQ(found->depth, expected->depth) << sample.name << size;
             }
         }
+    }
+}
+
+TEST_F(ImageReader, NeedsNothingButTheDescriptorOnceItIsPrepared) {
+    std::vector<platform::Descriptor> files;
+    for (const Sample& sample : samples) {
+        files.emplace_back(::open(pathOf(sample.name).c_str(), O_RDONLY | O_CLOEXEC));
+    }
+    EXPECT_EQ(statusOfConfined([&files] {
+                  return std::ranges::all_of(files, [](const auto& file) {
+                      return readImage(file.number(), true).has_value();
+                  });
+              }),
+              0);
+    EXPECT_NE(statusOfConfined([] { return ::open("/dev/null", O_RDONLY | O_CLOEXEC) >= 0; }), 0);
+}
+
+TEST_F(ImageReader, AgreesWithExiftool) {
+    for (const char* name :
+         {"camera.jpg", "camera.png", "camera.tif", "camera.webp", "camera.heic", "camera.psd"}) {
+        const auto found = readSample(name);
+        ASSERT_TRUE(found && found->exif && found->tiff && found->gps) << name;
+        const auto values = valuesByExiftool(
+            name, "-ImageWidth -ImageHeight -IFD0:Model -IFD0:Make -ExifIFD:ExposureTime "
+                  "-ExifIFD:FNumber -ExifIFD:ISO -ExifIFD:FocalLength "
+                  "-ExifIFD:FocalLengthIn35mmFormat -ExifIFD:DateTimeOriginal -GPS:GPSLatitude "
+                  "-GPS:GPSLatitudeRef -GPS:GPSLongitude -GPS:GPSLongitudeRef "
+                  "-ICC_Profile:ProfileDescription -IPTC:CopyrightNotice");
+        const auto& exif = *found->exif;
+        const std::vector<std::string> expected{
+            textOf(found->pixelWidth),
+            textOf(found->pixelHeight),
+            textOf(found->tiff->model),
+            textOf(found->tiff->make),
+            textOf(exif.exposureTime),
+            textOf(exif.fNumber),
+            std::to_string(exif.isoSpeedRatings.at(0)),
+            textOf(exif.focalLength),
+            textOf(exif.focalLenIn35mmFilm),
+            textOf(exif.dateTimeOriginal),
+            textOf(found->gps->latitude),
+            textOf(found->gps->latitudeRef),
+            textOf(found->gps->longitude),
+            textOf(found->gps->longitudeRef),
+            found->profileName == "sRGB IEC61966-2.1" ? "-" : textOf(found->profileName),
+            found->iptc ? textOf(found->iptc->copyrightNotice) : "-"};
+        EXPECT_EQ(std::vector(values.begin() + 1, values.end()), expected) << name;
+    }
+}
+
+TEST_F(ImageReader, AgreesWithExiftoolOnTheSizeOfEverySample) {
+    for (const Sample& sample : samples) {
+        const auto found = readSample(sample.name, false);
+        ASSERT_TRUE(found) << sample.name;
+        const auto values = valuesByExiftool(sample.name, "-ImageWidth -ImageHeight");
+        EXPECT_EQ(values.at(1) + "x" + values.at(2),
+                  textOf(found->pixelWidth) + "x" + textOf(found->pixelHeight))
+            << sample.name;
     }
 }

@@ -149,6 +149,7 @@ TEST(IcoReader, TakesTheSizeOfAPngFromItself) {
 }
 
 TEST(IcoReader, RefusesDirectoriesThatMakeNoSense) {
+    EXPECT_EQ(read(icon(1, 22).text("\x89PNG\r\n\x1A\n\0\0\0\rIHDR"sv).zeros(8)), "no image");
     EXPECT_EQ(read(icon(0, 22).little(40, 4).zeros(36)), "no image");
     EXPECT_EQ(read(icon(2, 22).little(40, 4).zeros(36)), "no image");
     EXPECT_EQ(read(icon(1, 0xFFFFFFFF).little(40, 4).zeros(36)), "no image");

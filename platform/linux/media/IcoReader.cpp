@@ -7,12 +7,14 @@
 #include "platform/linux/media/ImageFormats.h"
 
 #include <array>
+#include <string_view>
 
 namespace platform::media {
 namespace {
 
 constexpr std::size_t directorySize = 6;
 constexpr std::size_t entrySize = 16;
+constexpr std::string_view pngMark = "\x89PNG";
 constexpr std::size_t pngHeadSize = 24; // signature, and "IHDR" as far as its two numbers
 
 // A size of 256 is written as 0.
@@ -25,7 +27,7 @@ bool isImage(DataView image) {
     constexpr std::uint32_t shortestHeader = 12;
     constexpr std::uint32_t longestHeader = 124;
     const auto size = littleEndian<std::uint32_t>(image, 0);
-    return hasTextAt(image, 0, "\x89PNG") || (size >= shortestHeader && size <= longestHeader);
+    return hasTextAt(image, 0, pngMark) || (size >= shortestHeader && size <= longestHeader);
 }
 
 } // namespace
@@ -44,7 +46,7 @@ std::optional<ImageProperties> readIco(const ImageFile& file, bool wantsImageCou
         !file.read(offset, image) || !isImage(image)) {
         return std::nullopt;
     }
-    const bool isPng = hasTextAt(image, 0, "\x89PNG");
+    const bool isPng = hasTextAt(image, 0, pngMark);
     ImageProperties properties;
     properties.pixelWidth = isPng ? bigEndian<std::uint32_t>(image, 16) : sizeOf(entry[0]);
     properties.pixelHeight = isPng ? bigEndian<std::uint32_t>(image, 20) : sizeOf(entry[1]);
@@ -55,7 +57,8 @@ std::optional<ImageProperties> readIco(const ImageFile& file, bool wantsImageCou
     if (wantsImageCount) {
         properties.imageCount = count;
     }
-    return properties;
+    return *properties.pixelWidth > 0 && *properties.pixelHeight > 0 ? std::optional(properties)
+                                                                     : std::nullopt;
 }
 
 } // namespace platform::media
