@@ -4,6 +4,7 @@
 
 #include "platform/linux/ByteOrder.h"
 #include "platform/linux/media/ColorProfile.h"
+#include "platform/linux/media/HeifBoxes.h"
 #include "platform/linux/media/ImageFormats.h"
 #include "platform/linux/media/PhotoBlocks.h"
 
@@ -110,7 +111,7 @@ Data exifOf(const Handle& image) {
     return block;
 }
 
-ImageProperties propertiesOf(const Handle& image) {
+ImageProperties propertiesOf(const Handle& image, const ImageFile& file) {
     ImageProperties properties;
     properties.pixelWidth = ::heif_image_handle_get_ispe_width(image.get());
     properties.pixelHeight = ::heif_image_handle_get_ispe_height(image.get());
@@ -118,7 +119,7 @@ ImageProperties propertiesOf(const Handle& image) {
         properties.depth = bits;
     }
     const Data profile = profileOf(image);
-    properties.colorModel = isGrayProfile(profile) ? "Gray" : "RGB";
+    properties.colorModel = isGrayProfile(profile) || isMonochromeHeif(file) ? "Gray" : "RGB";
     properties.profileName = nameOfProfile(profile);
     if (!properties.profileName && isMarkedAsSRGB(image)) {
         properties.profileName = sRGBProfileName;
@@ -146,7 +147,7 @@ std::optional<ImageProperties> readHeif(const ImageFile& file, bool wantsImageCo
     if (image == nullptr) {
         return std::nullopt;
     }
-    ImageProperties properties = propertiesOf(image);
+    ImageProperties properties = propertiesOf(image, file);
     if (*properties.pixelWidth <= 0 || *properties.pixelHeight <= 0) {
         return std::nullopt;
     }
