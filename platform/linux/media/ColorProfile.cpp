@@ -5,6 +5,7 @@
 #include "platform/linux/Utf16.h"
 #include "platform/linux/media/ImageText.h"
 
+#include <bit>
 #include <memory>
 #include <type_traits>
 #include <vector>
@@ -23,7 +24,7 @@ using Profile = std::unique_ptr<std::remove_pointer_t<cmsHPROFILE>, CloseProfile
 Data unitsOf(const std::vector<wchar_t>& text) {
     Data units;
     for (const wchar_t character : text) {
-        const auto unit = static_cast<std::uint32_t>(character);
+        const auto unit = std::bit_cast<std::uint32_t>(character);
         units.push_back(static_cast<std::byte>(unit >> 8U & 0xFFU));
         units.push_back(static_cast<std::byte>(unit & 0xFFU));
     }

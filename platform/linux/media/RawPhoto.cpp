@@ -30,7 +30,7 @@ std::optional<std::int64_t> integer(const PhotoTags& tags, const std::string& na
 bool isFromSensor(const PhotoTags& tags, const char* directory) {
     constexpr std::int64_t colorFilterArray = 32803;
     constexpr std::int64_t linearRaw = 34892;
-    const auto kind = integer(tags, fieldOf(directory, "PhotometricInterpretation"));
+    const auto kind = integer(tags, fieldOf(directory, "PhotometricInterpretation")).value_or(0);
     return kind == colorFilterArray || kind == linearRaw;
 }
 
