@@ -51,7 +51,8 @@ tidy:
 	run-clang-tidy -quiet -p build/tidy '^$(CURDIR)/(cli|model|services|foundation|platform)/'
 
 install: build
-	@cmake --build --preset release --target quillmere-hdiutil >&2
+	@cmake --build --preset release --target quillmere-hdiutil \
+		quillmere-media-worker >&2
 	cmake --install $(BUILD) --prefix $(PREFIX)
 
 format:

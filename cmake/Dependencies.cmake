@@ -34,6 +34,15 @@ pkg_check_modules(DEFLATE REQUIRED IMPORTED_TARGET libdeflate)
 
 # For the process that reads media.
 pkg_check_modules(SECCOMP REQUIRED IMPORTED_TARGET libseccomp)
+# For the reader of untrusted media alone.
+find_package(GIF REQUIRED)
+find_package(JPEG REQUIRED)
+find_package(PNG REQUIRED)
+find_package(TIFF REQUIRED)
+pkg_check_modules(EXIV2 REQUIRED IMPORTED_TARGET exiv2)
+pkg_check_modules(HEIF REQUIRED IMPORTED_TARGET libheif)
+pkg_check_modules(LCMS REQUIRED IMPORTED_TARGET lcms2)
+pkg_check_modules(WEBPDEMUX REQUIRED IMPORTED_TARGET libwebpdemux)
 
 # Loaded while the program runs, so only its headers are needed here.
 find_path(QM_SD_BUS_INCLUDE_DIR systemd/sd-bus.h REQUIRED)

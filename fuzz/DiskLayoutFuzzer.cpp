@@ -6,8 +6,8 @@
 // disk in 512 bytes as four bytes, and then stretches: the offset in four bytes, the length in two,
 // the contents. Numbers have their least significant byte first.
 #include "fuzz/Fuzzing.h"
+#include "platform/linux/ByteOrder.h"
 #include "platform/linux/Utf8.h"
-#include "platform/linux/hdiutil/ByteOrder.h"
 #include "platform/linux/hdiutil/OpticalVolume.h"
 #include "platform/linux/hdiutil/PartitionMap.h"
 #include "platform/linux/hdiutil/VolumeLandmarks.h"

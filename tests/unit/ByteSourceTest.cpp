@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/hdiutil/ByteSource.h"
 
-#include "platform/linux/hdiutil/ByteOrder.h"
+#include "platform/linux/ByteOrder.h"
 #include "tests/unit/support/TemporaryFolder.h"
 
 #include <array>
@@ -14,10 +14,10 @@
 
 namespace {
 
-using platform::hdiutil::bigEndian;
+using platform::bigEndian;
+using platform::littleEndian;
 using platform::hdiutil::ByteSource;
 using platform::hdiutil::FileSource;
-using platform::hdiutil::littleEndian;
 using platform::hdiutil::PartSource;
 
 constexpr auto farAway = std::numeric_limits<std::uint64_t>::max();

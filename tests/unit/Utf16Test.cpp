@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/linux/hdiutil/Utf16.h"
+#include "platform/linux/Utf16.h"
 
 #include <string_view>
 
@@ -7,7 +7,7 @@
 
 namespace {
 
-using platform::hdiutil::utf8FromUtf16;
+using platform::utf8FromUtf16;
 using namespace std::string_view_literals;
 
 std::string little(std::string_view bytes) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The Apple partition map: "Inside Macintosh: Devices", chapter "SCSI Manager", "The Structure of
 // Block Devices".
+#include "platform/linux/ByteOrder.h"
 #include "platform/linux/Utf8.h"
-#include "platform/linux/hdiutil/ByteOrder.h"
 #include "platform/linux/hdiutil/PartitionSchemes.h"
 
 #include <algorithm>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/hdiutil/ByteSource.h"
 
+#include "platform/linux/PositionedRead.h"
 #include "platform/linux/hdiutil/BandedRead.h"
 
 #include <algorithm>
@@ -54,22 +55,8 @@ FileSource::~FileSource() {
 }
 
 bool FileSource::read(std::uint64_t offset, std::span<std::byte> buffer) const {
-    if (!isInside(offset, buffer.size(), m_size)) {
-        return false;
-    }
-    while (!buffer.empty()) {
-        const ssize_t count =
-            ::pread(m_descriptor, buffer.data(), buffer.size(), static_cast<off_t>(offset));
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count <= 0) {
-            return false;
-        }
-        buffer = buffer.subspan(static_cast<std::size_t>(count));
-        offset += static_cast<std::uint64_t>(count);
-    }
-    return true;
+    return isInside(offset, buffer.size(), m_size) &&
+           readAt(m_descriptor, offset, buffer) == buffer.size();
 }
 
 bool FileSource::isUnchanged() const {

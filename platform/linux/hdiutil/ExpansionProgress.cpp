@@ -2,8 +2,8 @@
 #include "platform/linux/hdiutil/ExpansionProgress.h"
 
 #include "platform/FileManager.h"
-#include "platform/linux/hdiutil/ByteOrder.h"
-#include "platform/linux/hdiutil/ByteText.h"
+#include "platform/linux/ByteOrder.h"
+#include "platform/linux/ByteText.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // The GUID partition table: UEFI Specification 2.10, 5.3. The types are those of its table 5.7, of
 // Apple's "Secrets of the GPT" (TN2166), and of the Discoverable Partitions Specification.
-#include "platform/linux/hdiutil/ByteOrder.h"
+#include "platform/linux/ByteOrder.h"
+#include "platform/linux/Utf16.h"
 #include "platform/linux/hdiutil/PartitionSchemes.h"
-#include "platform/linux/hdiutil/Utf16.h"
 
 #include <algorithm>
 #include <array>

@@ -2,8 +2,8 @@
 // The partition tables of the PC. Of the layout: UEFI Specification 2.10, 5.2.1; of what may stand
 // in it: the types as Linux's fdisk lists them, and the boot sectors that FAT (Microsoft's "FAT32
 // File System Specification"), exFAT and NTFS put in its place.
-#include "platform/linux/hdiutil/ByteOrder.h"
-#include "platform/linux/hdiutil/ByteText.h"
+#include "platform/linux/ByteOrder.h"
+#include "platform/linux/ByteText.h"
 #include "platform/linux/hdiutil/PartitionSchemes.h"
 
 #include <algorithm>

@@ -5,10 +5,10 @@
 // P1282).
 #include "platform/linux/hdiutil/OpticalVolume.h"
 
+#include "platform/linux/ByteOrder.h"
+#include "platform/linux/ByteText.h"
+#include "platform/linux/Utf16.h"
 #include "platform/linux/Utf8.h"
-#include "platform/linux/hdiutil/ByteOrder.h"
-#include "platform/linux/hdiutil/ByteText.h"
-#include "platform/linux/hdiutil/Utf16.h"
 
 #include <algorithm>
 #include <array>

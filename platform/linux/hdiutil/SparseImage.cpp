@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/hdiutil/SparseImage.h"
 
+#include "platform/linux/ByteOrder.h"
 #include "platform/linux/hdiutil/BandedRead.h"
-#include "platform/linux/hdiutil/ByteOrder.h"
 
 #include <array>
 #include <limits>

@@ -2,8 +2,8 @@
 #include "platform/linux/hdiutil/Udif.h"
 
 #include "platform/Format.h"
+#include "platform/linux/ByteOrder.h"
 #include "platform/linux/PropertyListGuard.h"
-#include "platform/linux/hdiutil/ByteOrder.h"
 #include "platform/linux/hdiutil/UdifBlockTable.h"
 #include "platform/linux/hdiutil/UdifResources.h"
 

@@ -2,7 +2,7 @@
 #include "platform/linux/hdiutil/UdifBlockTable.h"
 
 #include "platform/Format.h"
-#include "platform/linux/hdiutil/ByteOrder.h"
+#include "platform/linux/ByteOrder.h"
 
 #include <algorithm>
 #include <array>

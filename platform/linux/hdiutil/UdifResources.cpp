@@ -2,7 +2,7 @@
 #include "platform/linux/hdiutil/UdifResources.h"
 
 #include "platform/PropertyList.h"
-#include "platform/linux/hdiutil/ByteOrder.h"
+#include "platform/linux/ByteOrder.h"
 
 #include <cstdint>
 #include <utility>

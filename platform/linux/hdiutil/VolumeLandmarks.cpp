@@ -4,8 +4,8 @@
 // (fs/ntfs3/ntfs.h), and Apple's "HFS Plus Volume Format" (TN1150).
 #include "platform/linux/hdiutil/VolumeLandmarks.h"
 
-#include "platform/linux/hdiutil/ByteOrder.h"
-#include "platform/linux/hdiutil/ByteText.h"
+#include "platform/linux/ByteOrder.h"
+#include "platform/linux/ByteText.h"
 
 #include <algorithm>
 #include <array>

@@ -6,6 +6,7 @@
 
 int main() {
     using namespace platform;
+    media::prepareImageReaders();
     return worker::serveMedia(
         [](const worker::MediaRequest& request, int descriptor) -> std::optional<Data> {
             const auto properties = media::readImage(descriptor, request.wantsImageCount);

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <span>
 
-namespace platform::hdiutil {
+namespace platform {
 
 /// The unsigned number at `offset` of `bytes`, most significant byte first. The caller has made
 /// sure that all of it is there.
@@ -29,4 +29,4 @@ template <std::unsigned_integral Number>
     return value;
 }
 
-} // namespace platform::hdiutil
+} // namespace platform

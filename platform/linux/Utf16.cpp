@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "platform/linux/hdiutil/Utf16.h"
+#include "platform/linux/Utf16.h"
 
-#include "platform/linux/hdiutil/ByteOrder.h"
+#include "platform/linux/ByteOrder.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <vector>
 
-namespace platform::hdiutil {
+namespace platform {
 namespace {
 
 constexpr char32_t replacement = 0xFFFD;
@@ -73,4 +73,4 @@ std::string utf8FromUtf16(std::span<const std::byte> field, std::endian order) {
     return text;
 }
 
-} // namespace platform::hdiutil
+} // namespace platform

@@ -6,7 +6,7 @@
 #include <span>
 #include <string_view>
 
-namespace platform::hdiutil {
+namespace platform {
 
 /// Whether `bytes` have `text` at `offset`; false when they end before.
 [[nodiscard]] inline bool hasTextAt(std::span<const std::byte> bytes, std::size_t offset,
@@ -16,4 +16,4 @@ namespace platform::hdiutil {
            std::ranges::equal(bytes.subspan(offset, wanted.size()), wanted);
 }
 
-} // namespace platform::hdiutil
+} // namespace platform

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+// Looks through bytes as the boxes of a HEIF file.
+#include "fuzz/Fuzzing.h"
+#include "platform/linux/media/HeifBoxes.h"
+#include "tests/unit/support/MemoryFile.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const MemoryFile memory(fuzzing::textOf(data, size));
+    const auto file = platform::media::ImageFile::of(memory.descriptor());
+    fuzzing::require(file.has_value());
+    // Something has to say so.
+    fuzzing::require(!platform::media::isMonochromeHeif(*file) || size > 3);
+    return 0;
+}

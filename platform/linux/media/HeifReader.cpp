@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: Apache-2.0
+// HEIF, with pictures by HEVC or AV1 (ISO/IEC 23008-12), with libheif.
+#include "platform/linux/media/HeifReader.h"
+
+#include "platform/linux/ByteOrder.h"
+#include "platform/linux/media/ColorProfile.h"
+#include "platform/linux/media/HeifBoxes.h"
+#include "platform/linux/media/ImageFormats.h"
+#include "platform/linux/media/PhotoBlocks.h"
+
+#include <algorithm>
+#include <memory>
+#include <span>
+
+#include <libheif/heif.h>
+
+namespace platform::media {
+namespace {
+
+constexpr std::size_t bufferSize = 4U << 10U;
+
+BufferedFile& fileOf(void* data) {
+    return *static_cast<BufferedFile*>(data);
+}
+
+std::int64_t position(void* data) {
+    return static_cast<std::int64_t>(fileOf(data).position());
+}
+
+int readBytes(void* buffer, std::size_t size, void* data) {
+    const std::span bytes(static_cast<std::byte*>(buffer), size);
+    return fileOf(data).read(bytes) == size ? 0 : 1;
+}
+
+int seek(std::int64_t position, void* data) {
+    if (position < 0) {
+        return 1;
+    }
+    fileOf(data).seek(static_cast<std::uint64_t>(position));
+    return 0;
+}
+
+heif_reader_grow_status waitForSize(std::int64_t size, void* data) {
+    return size >= 0 && static_cast<std::uint64_t>(size) <= fileOf(data).size()
+               ? heif_reader_grow_status_size_reached
+               : heif_reader_grow_status_size_beyond_eof;
+}
+
+constexpr heif_reader reader{1, position, readBytes, seek, waitForSize};
+
+struct FreeContext {
+    void operator()(heif_context* context) const { ::heif_context_free(context); }
+};
+using Context = std::unique_ptr<heif_context, FreeContext>;
+
+struct ReleaseHandle {
+    void operator()(heif_image_handle* handle) const { ::heif_image_handle_release(handle); }
+};
+using Handle = std::unique_ptr<heif_image_handle, ReleaseHandle>;
+
+bool isGood(const heif_error& error) {
+    return error.code == heif_error_Ok;
+}
+
+Handle primaryImage(const Context& context) {
+    heif_image_handle* handle = nullptr;
+    const heif_error error = ::heif_context_get_primary_image_handle(context.get(), &handle);
+    Handle owned(handle);
+    return isGood(error) ? std::move(owned) : nullptr;
+}
+
+Data profileOf(const Handle& image) {
+    const std::size_t size = ::heif_image_handle_get_raw_color_profile_size(image.get());
+    if (size == 0 || size > maximumProfileSize) {
+        return {};
+    }
+    Data profile(size);
+    const heif_error error = ::heif_image_handle_get_raw_color_profile(image.get(), profile.data());
+    return isGood(error) ? profile : Data();
+}
+
+// Whether the numbers that stand for a colour space (ITU-T H.273) are those of sRGB.
+bool isMarkedAsSRGB(const Handle& image) {
+    heif_color_profile_nclx* found = nullptr;
+    const heif_error error = ::heif_image_handle_get_nclx_color_profile(image.get(), &found);
+    const std::unique_ptr<heif_color_profile_nclx, void (*)(heif_color_profile_nclx*)> marks(
+        found, ::heif_nclx_color_profile_free);
+    return isGood(error) && marks != nullptr &&
+           marks->color_primaries == heif_color_primaries_ITU_R_BT_709_5 &&
+           marks->transfer_characteristics == heif_transfer_characteristic_IEC_61966_2_1;
+}
+
+// The block of the first Exif item: its first four bytes say how far behind them it begins.
+Data exifOf(const Handle& image) {
+    heif_item_id item = 0;
+    const int count =
+        ::heif_image_handle_get_list_of_metadata_block_IDs(image.get(), "Exif", &item, 1);
+    const std::size_t size =
+        count == 1 ? ::heif_image_handle_get_metadata_size(image.get(), item) : 0;
+    constexpr std::size_t offsetSize = 4;
+    if (size <= offsetSize || size > maximumBlockSize) {
+        return {};
+    }
+    Data block(size);
+    if (!isGood(::heif_image_handle_get_metadata(image.get(), item, block.data()))) {
+        return {};
+    }
+    const std::size_t start = offsetSize + std::size_t{bigEndian<std::uint32_t>(block, 0)};
+    block.erase(block.begin(),
+                block.begin() + static_cast<std::ptrdiff_t>(std::min(start, block.size())));
+    return block;
+}
+
+ImageProperties propertiesOf(const Handle& image, const ImageFile& file) {
+    ImageProperties properties;
+    properties.pixelWidth = ::heif_image_handle_get_ispe_width(image.get());
+    properties.pixelHeight = ::heif_image_handle_get_ispe_height(image.get());
+    if (const int bits = ::heif_image_handle_get_luma_bits_per_pixel(image.get()); bits > 0) {
+        properties.depth = bits;
+    }
+    const Data profile = profileOf(image);
+    properties.colorModel = isGrayProfile(profile) || isMonochromeHeif(file) ? "Gray" : "RGB";
+    properties.profileName = nameOfProfile(profile);
+    if (!properties.profileName && isMarkedAsSRGB(image)) {
+        properties.profileName = sRGBProfileName;
+    }
+    properties.hasAlpha = ::heif_image_handle_has_alpha_channel(image.get()) != 0;
+    if (Data block = exifOf(image); !block.empty()) {
+        addExif(block, properties);
+    }
+    return properties;
+}
+
+} // namespace
+
+void prepareHeif() {
+    ::heif_init(nullptr);
+}
+
+std::optional<ImageProperties> readHeif(const ImageFile& file, bool wantsImageCount) {
+    BufferedFile bytes(file, bufferSize);
+    const Context context(::heif_context_alloc());
+    const bool isRead =
+        context != nullptr &&
+        isGood(::heif_context_read_from_reader(context.get(), &reader, &bytes, nullptr));
+    const Handle image = isRead ? primaryImage(context) : nullptr;
+    if (image == nullptr) {
+        return std::nullopt;
+    }
+    ImageProperties properties = propertiesOf(image, file);
+    if (*properties.pixelWidth <= 0 || *properties.pixelHeight <= 0) {
+        return std::nullopt;
+    }
+    if (wantsImageCount) {
+        properties.imageCount = static_cast<std::uint64_t>(
+            std::max(::heif_context_get_number_of_top_level_images(context.get()), 1));
+    }
+    return properties;
+}
+
+} // namespace platform::media

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/media/PngProfileText.h"
+
+#include <charconv>
+#include <cstdint>
+#include <optional>
+
+namespace platform::media {
+namespace {
+
+constexpr std::string_view blanks = " \t\r\n";
+
+std::string_view withoutBlanks(std::string_view text) {
+    return text.substr(std::min(text.find_first_not_of(blanks), text.size()));
+}
+
+// The length that the text gives, which is taken off it together with what comes before.
+std::optional<std::size_t> takeLength(std::string_view& text) {
+    text = withoutBlanks(text);
+    text.remove_prefix(std::min(text.find('\n'), text.size()));
+    text = withoutBlanks(text);
+    std::size_t length = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), length);
+    if (error != std::errc()) {
+        return std::nullopt;
+    }
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    return length;
+}
+
+std::optional<unsigned> digitOf(char character) {
+    unsigned digit = 0;
+    const auto result = std::from_chars(&character, &character + 1, digit, 16);
+    return result.ec == std::errc() ? std::optional(digit) : std::nullopt;
+}
+
+} // namespace
+
+Data bytesOfProfileText(std::string_view text) {
+    const auto length = takeLength(text);
+    if (!length || *length > text.size() / 2) {
+        return {};
+    }
+    Data bytes;
+    unsigned digits = 1; // those of the byte that is read, beneath a 1
+    for (const char character : text) {
+        if (blanks.find(character) != std::string_view::npos) {
+            continue;
+        }
+        const auto digit = digitOf(character);
+        if (!digit) {
+            return {};
+        }
+        digits = digits << 4U | *digit;
+        if (digits > 0xFF) {
+            bytes.push_back(static_cast<std::byte>(digits & 0xFFU));
+            digits = 1;
+        }
+    }
+    return bytes.size() == *length ? bytes : Data();
+}
+
+} // namespace platform::media

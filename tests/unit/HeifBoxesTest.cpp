@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "platform/linux/media/HeifBoxes.h"
+
+#include "tests/unit/support/ByteWriter.h"
+#include "tests/unit/support/MemoryFile.h"
+
+#include <string>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using platform::media::ImageFile;
+using namespace std::string_view_literals;
+
+bool isMonochrome(std::string_view bytes) {
+    const MemoryFile memory(bytes);
+    return platform::media::isMonochromeHeif(ImageFile::of(memory.descriptor()).value());
+}
+
+std::string box(std::string_view type, std::string_view content) {
+    return ByteWriter().big(content.size() + 8, 4).text(type).text(content).bytes();
+}
+std::string longBox(std::string_view type, std::string_view content) {
+    return ByteWriter().big(1, 4).text(type).big(content.size() + 16, 8).text(content).bytes();
+}
+
+// The configuration of a decoder, which says whether there are colours.
+std::string hevc(std::uint64_t chroma) {
+    return box("hvcC", ByteWriter().zeros(16).big(0xFC | chroma, 1).zeros(6).bytes());
+}
+std::string av1(std::uint64_t flags) {
+    return box("av1C", ByteWriter().big(0x8100, 2).big(flags, 1).zeros(1).bytes());
+}
+
+// A file whose pictures have these properties.
+std::string fileOf(std::string_view properties) {
+    const std::string meta = std::string(4, '\0').append(
+        box("hdlr", "picture").append(box("iprp", box("ipco", properties))));
+    return box("ftyp", "heic").append(longBox("free", "x")).append(box("meta", meta));
+}
+
+} // namespace
+
+TEST(HeifBoxes, TellWhetherAnyPictureHasColours) {
+    EXPECT_TRUE(isMonochrome(fileOf(hevc(0))));
+    EXPECT_FALSE(isMonochrome(fileOf(hevc(1))));
+    EXPECT_TRUE(isMonochrome(fileOf(av1(0x1C))));
+    EXPECT_FALSE(isMonochrome(fileOf(av1(0x0C))));
+    EXPECT_FALSE(isMonochrome(fileOf(box("ispe", "size").append(hevc(1)).append(hevc(0)))));
+    EXPECT_TRUE(isMonochrome(fileOf(hevc(0).append(hevc(0)))));
+    EXPECT_FALSE(isMonochrome(fileOf(box("ispe", "size"))));
+}
+
+TEST(HeifBoxes, MaySayThatTheyGoToTheEnd) {
+    std::string file = fileOf(hevc(0));
+    const auto meta = file.find("meta");
+    file.replace(meta - 4, 4, "\0\0\0\0"sv);
+    EXPECT_TRUE(isMonochrome(file));
+}
+
+TEST(HeifBoxes, AreNoneWhereTheirSizesMakeNoSense) {
+    const std::string whole = fileOf(hevc(0));
+    for (std::size_t size = 0; size < whole.size(); ++size) {
+        EXPECT_FALSE(isMonochrome(std::string_view(whole).substr(0, size))) << size;
+    }
+    EXPECT_FALSE(isMonochrome(fileOf(box("hvcC", "short"))));
+    EXPECT_FALSE(isMonochrome("\0\0\0\1meta\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"sv));
+    EXPECT_FALSE(isMonochrome("\0\0\0\7meta"sv));
+}
