@@ -18,6 +18,7 @@
 namespace {
 
 using namespace platform::hdiutil;
+using platform::littleEndian;
 using Bytes = std::vector<std::byte>;
 
 // A disk of zeros, however large, with some bytes written.

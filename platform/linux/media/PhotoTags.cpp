@@ -5,10 +5,12 @@
 #include "platform/linux/ByteText.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <limits>
 #include <map>
 #include <set>
+#include <tuple>
 #include <utility>
 
 #include <exiv2/exiv2.hpp>
@@ -139,6 +141,9 @@ std::optional<std::string> copyrightNoticeOf(const Exiv2::IptcData& record) {
 
 void PhotoTags::prepare() {
     Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
+    // The first error makes the library look for the translations of errors.
+    std::array<std::byte, headerSize> noStructure{};
+    std::ignore = decode(noStructure);
 }
 
 PhotoTags::PhotoTags(std::unique_ptr<Fields> fields)

@@ -19,7 +19,7 @@ namespace platform::media {
 /// "GPSInfo" the position. One thread at a time.
 class PhotoTags {
 public:
-    /// Silences the library underneath.
+    /// Silences the library underneath, and lets it look for the files that it asks for once.
     static void prepare();
     /// Decodes the structure in `bytes`, which is changed on the way: metadata in XML are hidden
     /// from the library. nullopt when it is no such structure.
