@@ -27,3 +27,14 @@ if(QM_SANITIZE)
     -fsanitize=${QM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(qm_options INTERFACE -fsanitize=${QM_SANITIZE})
 endif()
+
+# Compiles the headers that nearly every file includes once for each target. Files that do not
+# include what they use go unnoticed then, so some build has to do without.
+option(QM_PRECOMPILE_HEADERS "Compile common headers once" OFF)
+function(qm_precompile_headers target)
+  if(QM_PRECOMPILE_HEADERS)
+    target_precompile_headers(${target} PRIVATE
+      <algorithm> <array> <chrono> <cstddef> <cstdint> <filesystem> <functional> <memory> <mutex>
+      <optional> <span> <string> <string_view> <thread> <utility> <variant> <vector> ${ARGN})
+  endif()
+endfunction()
