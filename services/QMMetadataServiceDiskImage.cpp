@@ -2,7 +2,7 @@
 #include "foundation/QMString.h"
 #include "platform/LocalizedStrings.h"
 #include "platform/PropertyListReadings.h"
-#include "services/QMMetadataService.h"
+#include "services/QMMetadataField.h"
 
 #include <array>
 #include <utility>
@@ -54,15 +54,8 @@ Value partitionScheme(const Info& info) {
     return text(partitions == nullptr ? nullptr : partitions->valueForKey("partition-scheme"));
 }
 
-struct Field {
-    std::string_view key;
-    decltype(&QMMetadataEntry::entryWithKey) makeEntry;
-    const char* labelKey;
-    Value (*value)(const Info&);
-};
-
 // In the order of display. A field without a value has no entry.
-constexpr std::array<Field, 4> fields{{
+constexpr std::array<QMMetadataField<Info>, 4> fields{{
     {"imageFormat", &QMMetadataEntry::primaryEntryWithKey, "meta.diskImage.format", imageFormat},
     {"compressedSize", &QMMetadataEntry::entryWithKey, "meta.diskImage.compressedSize",
      compressedSize},
@@ -82,13 +75,5 @@ void QMMetadataService::extractDiskImageMetadata(const std::string& path, const 
     if (!info) {
         return;
     }
-    for (const Field& field : fields) {
-        if (!containsKey(enabledKeys, field.key)) {
-            continue;
-        }
-        if (auto value = field.value(*info)) {
-            into.push_back(field.makeEntry(std::string(field.key), stringForKey(field.labelKey),
-                                           std::move(value)));
-        }
-    }
+    qm_appendFields<Info>(fields, *info, enabledKeys, into);
 }

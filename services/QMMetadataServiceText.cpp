@@ -2,14 +2,12 @@
 #include "foundation/QMString.h"
 #include "platform/FileHandle.h"
 #include "platform/Format.h"
-#include "platform/LocalizedStrings.h"
-#include "services/QMMetadataService.h"
+#include "services/QMMetadataField.h"
 #include "services/QMTextSample.h"
 
 #include <array>
 
 namespace Text = platform::Text;
-using platform::LocalizedStrings::stringForKey;
 
 namespace {
 
@@ -56,22 +54,15 @@ Value shebang(const TextFile& file) {
     return Value(qm_shebangLine(file.sample.text));
 }
 
-struct Field {
-    std::string_view key;
-    decltype(&QMMetadataEntry::entryWithKey) makeEntry;
-    const char* labelKey; // null for a label that is the same in every language
-    Value (*value)(const TextFile&);
-};
-
 // In the order of display. A field without a value has no entry.
-constexpr std::array<Field, 7> fields{{
+constexpr std::array<QMMetadataField<TextFile>, 7> fields{{
     {"encoding", &QMMetadataEntry::entryWithKey, "meta.text.encoding", encoding},
     {"lineCount", &QMMetadataEntry::primaryEntryWithKey, "meta.text.lineCount", lineCount},
     {"charCount", &QMMetadataEntry::entryWithKey, "meta.text.charCount", charCount},
     {"wordCount", &QMMetadataEntry::entryWithKey, "meta.text.wordCount", wordCount},
     {"lineEnding", &QMMetadataEntry::entryWithKey, "meta.text.lineEnding", lineEnding},
     {"language", &QMMetadataEntry::primaryEntryWithKey, "meta.text.language", language},
-    {"shebang", &QMMetadataEntry::entryWithKey, nullptr, shebang},
+    {"shebang", &QMMetadataEntry::entryWithKey, nullptr, shebang, "Shebang"},
 }};
 
 std::optional<TextFile> textFileAtPath(const std::string& path) {
@@ -88,14 +79,5 @@ void QMMetadataService::extractTextMetadata(const std::string& path, const Keys&
     if (!file) {
         return;
     }
-    for (const Field& field : fields) {
-        if (!containsKey(enabledKeys, field.key)) {
-            continue;
-        }
-        if (auto value = field.value(*file)) {
-            auto label = field.labelKey == nullptr ? "Shebang" : stringForKey(field.labelKey);
-            into.push_back(
-                field.makeEntry(std::string(field.key), std::move(label), std::move(value)));
-        }
-    }
+    qm_appendFields<TextFile>(fields, *file, enabledKeys, into);
 }
