@@ -28,7 +28,7 @@ run: build
 
 test:
 	@packaging/install-packages build test
-	cmake --preset release
+	cmake --preset release $(CMAKE_FLAGS)
 	cmake --build --preset release
 	ctest --preset release
 

@@ -29,8 +29,9 @@ if(QM_SANITIZE)
 endif()
 
 # Compiles the headers that nearly every file includes once for each target. Files that do not
-# include what they use go unnoticed then, so some build has to do without.
-option(QM_PRECOMPILE_HEADERS "Compile common headers once" OFF)
+# include what they use go unnoticed then, so some build has to do without. The environment chooses
+# it for builds that others configure.
+option(QM_PRECOMPILE_HEADERS "Compile common headers once" "$ENV{QM_PRECOMPILE_HEADERS}")
 function(qm_precompile_headers target)
   if(QM_PRECOMPILE_HEADERS)
     target_precompile_headers(${target} PRIVATE

@@ -12,7 +12,7 @@ using platform::DesktopEntry;
 
 namespace {
 
-// One word, quoted as the specification says.
+// One word, quoted as Exec lines are.
 std::string quoted(std::string_view word) {
     std::string result(1, '"');
     for (const char c : word) {

@@ -49,7 +49,7 @@ void checkText(const std::string& text) {
 
 void checkKey(const UserDefaults& defaults, const std::string& key, const PropertyList& value) {
     require(!(value == value) || defaults.objectForKey(key) == value);
-    require(defaults.arrayForKey(key).has_value() == (value.array() != nullptr));
+    require((defaults.arrayForKey(key) != nullptr) == (value.array() != nullptr));
     require(defaults.dictionaryForKey(key).has_value() == (value.dictionary() != nullptr));
     require(defaults.dataForKey(key).has_value() == (value.data() != nullptr));
     require(!defaults.stringArrayForKey(key) || value.array() != nullptr);

@@ -60,7 +60,6 @@ public:
     [[nodiscard]] std::optional<std::string> stringForKey(std::string_view key) const;
 
     /// The value of `key` when it is of this kind, else nullopt.
-    [[nodiscard]] std::optional<PropertyList::Array> arrayForKey(std::string_view key) const;
     [[nodiscard]] std::optional<PropertyList::Dictionary>
     dictionaryForKey(std::string_view key) const;
     [[nodiscard]] std::optional<Data> dataForKey(std::string_view key) const;
@@ -68,7 +67,7 @@ public:
     /// The value of `key` when it is an array, else null. Shared instead of copied: settings may
     /// hold arrays of millions, for callers of which there are hundreds.
     [[nodiscard]] std::shared_ptr<const PropertyList::Array>
-    sharedArrayForKey(std::string_view key) const;
+    arrayForKey(std::string_view key) const;
 
     /// The value of `key` when it is an array of nothing but texts, else nullopt.
     [[nodiscard]] std::optional<std::vector<std::string>>

@@ -46,7 +46,7 @@ QMMetadataService::availableKeysForCategory(QMMetadataCategory category) {
 std::shared_ptr<const QMMetadataService::Keys>
 QMMetadataService::enabledKeysForCategory(QMMetadataCategory category) {
     const auto number = static_cast<std::int64_t>(category);
-    if (auto stored = platform::UserDefaults::standard().sharedArrayForKey(
+    if (auto stored = platform::UserDefaults::standard().arrayForKey(
             platform::format("QMMetadataEnabled_{}", number))) {
         return stored;
     }

@@ -24,8 +24,9 @@ struct DesktopEntry {
 
     /// The words of an Exec line, its string escapes undone before, without the field codes, which
     /// stand for files, icons and names that are not given here. nullopt when a quotation has no
-    /// end or a field code is unknown. What the specification leaves undefined is read as a shell
-    /// would, as other desktops do: text in single quotes, and a backslash outside of quotes.
+    /// end or a field code is unknown. What the standard for desktop entries leaves undefined is
+    /// read as a shell would, as other desktops do: text in single quotes, and a backslash outside
+    /// of quotes.
     [[nodiscard]] static std::optional<std::vector<std::string>> words(std::string_view exec);
 };
 

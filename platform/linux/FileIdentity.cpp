@@ -1,23 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/FileIdentity.h"
 
+#include <algorithm>
+
 #include <sys/stat.h>
 
 namespace platform {
 namespace {
 
-// Wraps around for times that no clock shows; as a mark of a state it still serves.
 std::int64_t nanoseconds(const timespec& time) {
-    constexpr std::uint64_t perSecond = 1'000'000'000;
-    return static_cast<std::int64_t>(static_cast<std::uint64_t>(time.tv_sec) * perSecond +
-                                     static_cast<std::uint64_t>(time.tv_nsec));
+    // Beyond what nanoseconds can count, all times are the same.
+    constexpr std::int64_t furthest = 9'000'000'000;
+    constexpr std::int64_t perSecond = 1'000'000'000;
+    return std::clamp<std::int64_t>(time.tv_sec, -furthest, furthest) * perSecond + time.tv_nsec;
 }
 
 } // namespace
 
-std::optional<FileIdentity> identityOfFile(const std::string& path) {
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+std::optional<FileIdentity> identityOf(const struct stat& status) {
+    if (!S_ISREG(status.st_mode)) {
         return std::nullopt;
     }
     return FileIdentity{.device = status.st_dev,
@@ -25,6 +26,11 @@ std::optional<FileIdentity> identityOfFile(const std::string& path) {
                         .size = status.st_size,
                         .modified = nanoseconds(status.st_mtim),
                         .changed = nanoseconds(status.st_ctim)};
+}
+
+std::optional<FileIdentity> identityOfFile(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 ? identityOf(status) : std::nullopt;
 }
 
 } // namespace platform

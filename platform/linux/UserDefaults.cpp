@@ -144,10 +144,6 @@ std::optional<std::string> UserDefaults::stringForKey(std::string_view key) cons
     return value ? stringValue(*value) : std::nullopt;
 }
 
-std::optional<PropertyList::Array> UserDefaults::arrayForKey(std::string_view key) const {
-    return valueOfKind<PropertyList::Array>(find(key));
-}
-
 std::optional<Dictionary> UserDefaults::dictionaryForKey(std::string_view key) const {
     return valueOfKind<Dictionary>(find(key));
 }
@@ -156,8 +152,7 @@ std::optional<Data> UserDefaults::dataForKey(std::string_view key) const {
     return valueOfKind<Data>(find(key));
 }
 
-std::shared_ptr<const PropertyList::Array>
-UserDefaults::sharedArrayForKey(std::string_view key) const {
+std::shared_ptr<const PropertyList::Array> UserDefaults::arrayForKey(std::string_view key) const {
     auto value = find(key);
     const PropertyList::Array* const array = value ? value->array() : nullptr;
     return array == nullptr ? nullptr

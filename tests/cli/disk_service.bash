@@ -48,14 +48,14 @@ service_answers() {
 lay_out_system() {
     mount --bind /run/udev /mnt 2>/dev/null || true
     mount -t tmpfs run /run
-    mkdir -p /run/dbus /run/udev /run/work /run/user
+    mkdir -p /run/dbus /run/udev /run/common /run/user
     ! mountpoint -q /mnt || mount --move /mnt /run/udev
     mkdir -p /media /var/lib/udisks2
     mount -t tmpfs media /media
     mount -t tmpfs state /var/lib/udisks2
     mount -t tmpfs rules /etc/polkit-1/rules.d
     chmod 755 /run /media /etc/polkit-1/rules.d
-    chmod 1777 /run/work
+    chmod 1777 /run/common
     cat >/etc/polkit-1/rules.d/00-test.rules <<RULE
 polkit.addRule(function(action, subject) {
     if (action.id.indexOf("org.freedesktop.udisks2.") == 0) {
@@ -98,7 +98,7 @@ stop_system() {
     inside findmnt -rno TARGET,SOURCE | grep ' /dev/loop' | tac | while read -r mounted _; do
         inside umount -l "$(printf '%b' "$mounted")" || true
     done
-    losetup -nO NAME,BACK-FILE | grep -F -e "$BATS_TEST_TMPDIR/" -e /run/work/ |
+    losetup -nO NAME,BACK-FILE | grep -F -e "$BATS_TEST_TMPDIR/" -e /run/common/ |
         while read -r mounted _; do
             losetup -d "$mounted" || true
         done

@@ -16,17 +16,17 @@ hdiutil() {
 
 # From here on the tool runs as a common user, in a folder that it can reach.
 become_common_user() {
-    inside install -m 755 "$HDIUTIL" /run/work/quillmere-hdiutil
-    inside install -d -o "$common_user" -m 700 /run/work/home /run/work/runtime
-    HDIUTIL=/run/work/quillmere-hdiutil
+    inside install -m 755 "$HDIUTIL" /run/common/quillmere-hdiutil
+    inside install -d -o "$common_user" -m 700 /run/common/home /run/common/runtime
+    HDIUTIL=/run/common/quillmere-hdiutil
     mantle=(setpriv --reuid="$common_user" --regid="$common_user" --clear-groups
-        env HOME=/run/work/home XDG_CACHE_HOME=/run/work/home/.cache
-        XDG_RUNTIME_DIR=/run/work/runtime)
+        env HOME=/run/common/home XDG_CACHE_HOME=/run/common/home/.cache
+        XDG_RUNTIME_DIR=/run/common/runtime)
 }
 
 # hands_over IMAGE: lays it where the common user can have it, as that user's own.
 hands_over() {
-    inside install -o "$common_user" -m 600 "$1" "/run/work/${1##*/}"
+    inside install -o "$common_user" -m 600 "$1" "/run/common/${1##*/}"
 }
 
 make_ext4() {
@@ -41,7 +41,7 @@ seen_from_here() {
 }
 
 no_device_left() {
-    ! losetup -nO BACK-FILE | grep -F -e "$box" -e /run/work || complain "a loop device is left"
+    ! losetup -nO BACK-FILE | grep -F -e "$box" -e /run/common || complain "a loop device is left"
     ! inside findmnt -rno SOURCE | grep /dev/loop || complain "still mounted"
 }
 
@@ -79,7 +79,7 @@ no_device_left() {
     dd if=fs.img of=disk.img bs=1M seek=20 conv=notrunc status=none
     hands_over disk.img
     become_common_user
-    attach /run/work/disk.img
+    attach /run/common/disk.img
     succeeds
     local first second
     first=$(mount_point 0)
@@ -97,13 +97,13 @@ no_device_left() {
     "$MAKE_UDIF" fs.img fs.dmg zlib
     hands_over fs.dmg
     become_common_user
-    attach /run/work/fs.dmg
+    attach /run/common/fs.dmg
     succeeds
     inside findmnt -no OPTIONS "$(mount_point)" | grep -qw ro
     diff -r -x lost+found tree "$(seen_from_here "$(mount_point)")"
     detaches "$(mount_point)"
     no_device_left
-    [ -z "$(inside find /run/work/home/.cache -type f ! -name lock)" ]
+    [ -z "$(inside find /run/common/home/.cache -type f ! -name lock)" ]
 }
 
 stands_in() {
@@ -115,7 +115,7 @@ stands_in() {
     make_ext4
     hands_over fs.img
     become_common_user
-    attach /run/work/fs.img
+    attach /run/common/fs.img
     local point
     point=$(mount_point)
     exec_inside sh -c 'cd "$1" && exec sleep 100' sh "$point" 3>&- &
@@ -140,7 +140,7 @@ stands_in() {
     done
     hands_over disk.img
     become_common_user
-    attach /run/work/disk.img
+    attach /run/common/disk.img
     succeeds
     local user point
     for number in 0 1 2; do
@@ -164,9 +164,9 @@ stands_in() {
     make_ext4
     hands_over fs.img
     become_common_user
-    inside "${mantle[@]}" udisksctl loop-setup -f /run/work/fs.img
+    inside "${mantle[@]}" udisksctl loop-setup -f /run/common/fs.img
     local device
-    device=$(losetup -nO NAME,BACK-FILE | awk '$2 == "/run/work/fs.img" { print $1 }')
+    device=$(losetup -nO NAME,BACK-FILE | awk '$2 == "/run/common/fs.img" { print $1 }')
     inside "${mantle[@]}" udisksctl mount -b "$device"
     hdiutil detach /media/nobody/ALBUM
     succeeds
@@ -182,10 +182,10 @@ stands_in() {
     mkfs.xfs -q -L ALBUM fs.img
     hands_over fs.img
     become_common_user
-    attach /run/work/fs.img
+    attach /run/common/fs.img
     fails_because attach "no mountable file systems"
     no_device_left
-    [ -z "$(inside find /run/work/runtime -type f ! -name lock)" ]
+    [ -z "$(inside find /run/common/runtime -type f ! -name lock)" ]
 }
 
 # record_is EXPRESSION: changes `record`, the one that is kept, as an unfinished call leaves it.

@@ -12,30 +12,26 @@
 
 namespace {
 
+using platform::FileIdentity;
 using platform::hdiutil::bundleStateAt;
 using platform::hdiutil::FileSource;
-using platform::hdiutil::FileState;
 using platform::hdiutil::imageStateOf;
 
 constexpr std::int64_t second = 1'000'000'000;
-const FileState someFile{.device = 1,
-                         .inode = 2,
-                         .size = 3,
-                         .modified = 4 * second,
-                         .changed = 5 * second,
-                         .isRegular = true};
+const FileIdentity someFile{
+    .device = 1, .inode = 2, .size = 3, .modified = 4 * second, .changed = 5 * second};
 
 TEST(ImageState, DependsOnEverythingThatWritingChanges) {
     const auto state = imageStateOf(someFile);
     ASSERT_TRUE(state);
     EXPECT_EQ(imageStateOf(someFile), state);
-    const std::vector<std::function<void(FileState&)>> changes{
-        [](FileState& file) { ++file.device; },  [](FileState& file) { ++file.inode; },
-        [](FileState& file) { ++file.size; },    [](FileState& file) { ++file.modified; },
-        [](FileState& file) { ++file.changed; },
+    const std::vector<std::function<void(FileIdentity&)>> changes{
+        [](FileIdentity& file) { ++file.device; },  [](FileIdentity& file) { ++file.inode; },
+        [](FileIdentity& file) { ++file.size; },    [](FileIdentity& file) { ++file.modified; },
+        [](FileIdentity& file) { ++file.changed; },
     };
     for (const auto& change : changes) {
-        FileState changed = someFile;
+        FileIdentity changed = someFile;
         change(changed);
         EXPECT_TRUE(imageStateOf(changed));
         EXPECT_NE(imageStateOf(changed), state);
@@ -43,9 +39,8 @@ TEST(ImageState, DependsOnEverythingThatWritingChanges) {
 }
 
 TEST(ImageState, IsUnknownForDevicesAndForFilesThatAreBeingWritten) {
-    FileState device = someFile;
-    device.isRegular = false;
-    EXPECT_EQ(imageStateOf(device), std::nullopt);
+    EXPECT_EQ(platform::identityOfFile("/dev/null"), std::nullopt);
+    EXPECT_EQ(imageStateOf(std::nullopt), std::nullopt);
     const TemporaryFolder folder;
     const std::string path = folder.file("image", "x");
     setModified(path, std::filesystem::file_time_type::clock::now() + std::chrono::hours(1));

@@ -140,7 +140,7 @@ TEST_F(QMPreferencesKeysTest, ReadAsTheirKinds) {
     EXPECT_EQ(defaults.integerForKey(QMDefaultSSHPortKey), 22);
     EXPECT_TRUE(defaults.boolForKey(QMMetadataEnabledKey));
     EXPECT_FALSE(defaults.boolForKey(QMFoldersOnTopKey));
-    EXPECT_EQ(defaults.arrayForKey(QMDisabledPluginsKey), PropertyList::Array());
+    EXPECT_EQ(*defaults.arrayForKey(QMDisabledPluginsKey), PropertyList::Array());
     EXPECT_EQ(defaults.stringForKey(QMDefaultNewWindowPathKey), "/home/x");
     EXPECT_EQ(defaults.stringForKey(QMProxyHostKey), std::nullopt);
     EXPECT_EQ(defaults.integerForKey(QMSidebarWidthKey), 0);
@@ -169,7 +169,7 @@ TEST_F(QMPreferencesKeysTest, TakeTheHomeDirectoryAnewWhenRegisteredAgain) {
 TEST_F(QMPreferencesKeysTest, LeaveOtherDefaultsAlone) {
     UserDefaults::standard().registerDefaults({{"QMMetadataEnabled_5", PropertyList::Array()}});
     QMPreferencesKeys::registerDefaults();
-    EXPECT_EQ(UserDefaults::standard().arrayForKey("QMMetadataEnabled_5"), PropertyList::Array());
+    EXPECT_EQ(*UserDefaults::standard().arrayForKey("QMMetadataEnabled_5"), PropertyList::Array());
 }
 
 TEST(QMPreferences, HaveNoDefaultsUntilTheyAreRegistered) {

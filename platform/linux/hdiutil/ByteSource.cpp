@@ -46,8 +46,7 @@ std::shared_ptr<const FileSource> FileSource::open(const std::string& path, std:
         }
         return nullptr;
     }
-    return std::shared_ptr<const FileSource>(
-        new FileSource(descriptor, *size, fileStateOf(status)));
+    return std::shared_ptr<const FileSource>(new FileSource(descriptor, *size, identityOf(status)));
 }
 
 FileSource::~FileSource() {
@@ -64,8 +63,8 @@ bool FileSource::isUnchanged() const {
     if (::fstat(m_descriptor, &status) != 0) {
         return false;
     }
-    const FileState now = fileStateOf(status);
-    return now.size == m_state.size && now.modified == m_state.modified;
+    const auto now = identityOf(status);
+    return !m_state || (now && now->size == m_state->size && now->modified == m_state->modified);
 }
 
 PartSource::PartSource(std::shared_ptr<const ByteSource> whole, std::uint64_t offset,

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/linux/hdiutil/ImageState.h"
+#include "platform/linux/FileIdentity.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -47,20 +47,20 @@ public:
     [[nodiscard]] std::uint64_t size() const override { return m_size; }
     [[nodiscard]] bool read(std::uint64_t offset, std::span<std::byte> buffer) const override;
 
-    /// The file as it was when it was opened.
-    [[nodiscard]] const FileState& state() const { return m_state; }
+    /// The file as it was when it was opened; nullopt for a device.
+    [[nodiscard]] const std::optional<FileIdentity>& state() const { return m_state; }
     /// Whether nobody seems to have written to it since. Renaming it or tagging it does not count.
     [[nodiscard]] bool isUnchanged() const;
 
 private:
-    FileSource(int descriptor, std::uint64_t size, const FileState& state)
+    FileSource(int descriptor, std::uint64_t size, const std::optional<FileIdentity>& state)
         : m_descriptor(descriptor)
         , m_size(size)
         , m_state(state) {}
 
     int m_descriptor;
     std::uint64_t m_size;
-    FileState m_state;
+    std::optional<FileIdentity> m_state;
 };
 
 /// A stretch of another source.

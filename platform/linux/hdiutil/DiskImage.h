@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/linux/hdiutil/ByteSource.h"
+#include "platform/linux/hdiutil/ImageState.h"
 #include "platform/linux/hdiutil/PartitionMap.h"
 #include "platform/linux/hdiutil/Udif.h"
 

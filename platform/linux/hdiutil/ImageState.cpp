@@ -9,8 +9,6 @@
 #include <filesystem>
 #include <vector>
 
-#include <sys/stat.h>
-
 namespace platform::hdiutil {
 namespace {
 
@@ -18,31 +16,20 @@ namespace {
 constexpr std::chrono::seconds coarsestTime{2};
 constexpr std::size_t maximumBandCount = 100'000;
 
-std::int64_t nanosecondsOf(const struct timespec& time) {
-    // Beyond what nanoseconds can count, all times are the same.
-    constexpr std::int64_t furthest = 9'000'000'000;
-    return std::clamp<std::int64_t>(time.tv_sec, -furthest, furthest) * 1'000'000'000 +
-           time.tv_nsec;
-}
-
 // Whether whatever is written from now on leaves another time than the file has.
-bool isSettled(const FileState& file) {
+bool isSettled(const FileIdentity& file) {
     const auto now = std::chrono::system_clock::now() - coarsestTime;
     return file.modified < std::chrono::nanoseconds(now.time_since_epoch()).count();
 }
 
-std::string lineOf(const FileState& file) {
+std::string lineOf(const FileIdentity& file) {
     return format("{} {} {} {} {}\n", file.device, file.inode, file.size, file.modified,
                   file.changed);
 }
 
-std::optional<FileState> settledFileAt(const std::string& path) {
-    struct stat status {};
-    if (::stat(path.c_str(), &status) != 0) {
-        return std::nullopt;
-    }
-    const FileState file = fileStateOf(status);
-    return file.isRegular && isSettled(file) ? std::optional(file) : std::nullopt;
+std::optional<FileIdentity> settledFileAt(const std::string& path) {
+    const auto file = identityOfFile(path);
+    return file && isSettled(*file) ? file : std::nullopt;
 }
 
 ImageState digestOf(std::string_view text) {
@@ -68,17 +55,8 @@ std::optional<std::vector<std::string>> bandsIn(const std::string& folder) {
 
 } // namespace
 
-FileState fileStateOf(const struct stat& status) {
-    return {.device = status.st_dev,
-            .inode = status.st_ino,
-            .size = static_cast<std::uint64_t>(std::max<off_t>(status.st_size, 0)),
-            .modified = nanosecondsOf(status.st_mtim),
-            .changed = nanosecondsOf(status.st_ctim),
-            .isRegular = S_ISREG(status.st_mode)};
-}
-
-std::optional<ImageState> imageStateOf(const FileState& file) {
-    return file.isRegular && isSettled(file) ? std::optional(digestOf(lineOf(file))) : std::nullopt;
+std::optional<ImageState> imageStateOf(const std::optional<FileIdentity>& file) {
+    return file && isSettled(*file) ? std::optional(digestOf(lineOf(*file))) : std::nullopt;
 }
 
 std::optional<ImageState> bundleStateAt(const std::string& path) {

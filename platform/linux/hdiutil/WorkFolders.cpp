@@ -60,7 +60,7 @@ std::optional<std::string> cacheFolder() {
             folder = *home + "/.cache";
         }
     }
-    // The specification of these folders says that who needs one makes it.
+    // By the rules for these folders, who needs one makes it.
     if (folder) {
         ::mkdir(folder->c_str(), privateMode);
     }
