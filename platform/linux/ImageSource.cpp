@@ -7,7 +7,8 @@ namespace platform {
 
 std::optional<ImageProperties> imagePropertiesOfFile(const std::string& path,
                                                      bool wantsImageCount) {
-    return worker::imageProperties(worker::MediaWorker::shared(), path, wantsImageCount);
+    return worker::imageProperties(worker::MediaWorker::shared(worker::MediaKind::imageProperties),
+                                   path, wantsImageCount);
 }
 
 } // namespace platform

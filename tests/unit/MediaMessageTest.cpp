@@ -34,15 +34,41 @@ void forEachDamage(const Data& message, const Check& check) {
 
 constexpr std::size_t numberOffset = 8;
 
+MediaRequest requestFor(MediaKind kind) {
+    MediaRequest request;
+    request.kind = kind;
+    request.number = large;
+    return request;
+}
+
 TEST(MediaRequest, ArrivesAsItWasSent) {
-    for (const bool wantsImageCount : {false, true}) {
-        const MediaRequest request{MediaKind::imageProperties, wantsImageCount, large};
-        EXPECT_EQ(decodedRequest(encodedRequest(request)), request);
+    for (const bool isWanted : {false, true}) {
+        MediaRequest image = requestFor(MediaKind::imageProperties);
+        image.wantsImageCount = isWanted;
+        EXPECT_EQ(decodedRequest(encodedRequest(image)), image);
+        MediaRequest asset = requestFor(MediaKind::mediaAsset);
+        asset.wantsMetadata = isWanted;
+        EXPECT_EQ(decodedRequest(encodedRequest(asset)), asset);
+        MediaRequest document = requestFor(MediaKind::pdfDocument);
+        document.wantsText = isWanted;
+        EXPECT_EQ(decodedRequest(encodedRequest(document)), document);
     }
 }
 
+TEST(MediaRequest, IsRefusedWithTheOptionsOfAnotherKind) {
+    MediaRequest image = requestFor(MediaKind::imageProperties);
+    image.wantsText = true;
+    EXPECT_FALSE(decodedRequest(encodedRequest(image)));
+    MediaRequest asset = requestFor(MediaKind::mediaAsset);
+    asset.wantsImageCount = true;
+    EXPECT_FALSE(decodedRequest(encodedRequest(asset)));
+    MediaRequest document = requestFor(MediaKind::pdfDocument);
+    document.wantsMetadata = true;
+    EXPECT_FALSE(decodedRequest(encodedRequest(document)));
+}
+
 TEST(MediaRequest, IsRefusedWhenItIsNone) {
-    const Data request = dataOf(encodedRequest({MediaKind::imageProperties, true, 5}));
+    const Data request = dataOf(encodedRequest(requestFor(MediaKind::imageProperties)));
     EXPECT_FALSE(decodedRequest({}));
     EXPECT_FALSE(decodedRequest(DataView(request).first(request.size() - 1)));
     EXPECT_FALSE(decodedRequest(dataOf(request, 1)));

@@ -12,7 +12,9 @@ std::optional<ImageProperties> imageProperties(MediaWorker& worker, const std::s
     if (file.number() < 0) {
         return std::nullopt;
     }
-    const MediaRequest request{MediaKind::imageProperties, wantsImageCount, 0};
+    MediaRequest request;
+    request.kind = MediaKind::imageProperties;
+    request.wantsImageCount = wantsImageCount;
     std::optional<ImageProperties> properties;
     const bool isAnswered = worker.ask(request, file.number(), [&](DataView value) {
         properties = decodedImageProperties(value);

@@ -20,6 +20,8 @@ static_assert(sizeof(Layout) == messageHeadSize);
 constexpr std::uint32_t requestMark = 0x514D5231; // "QMR1"
 constexpr std::uint32_t answerMark = 0x514D4131;  // "QMA1"
 constexpr std::uint16_t imageCountOption = 1;
+constexpr std::uint16_t metadataOption = 2;
+constexpr std::uint16_t textOption = 4;
 
 std::optional<Layout> layoutOf(DataView message, std::uint32_t mark) {
     if (message.size() < messageHeadSize || message.size() > maximumMessageSize) {
@@ -28,6 +30,16 @@ std::optional<Layout> layoutOf(DataView message, std::uint32_t mark) {
     Layout layout;
     std::memcpy(&layout, message.data(), sizeof layout);
     return layout.mark == mark ? std::optional(layout) : std::nullopt;
+}
+
+// The options that a request of this kind may have; nullopt for a kind that there is not.
+std::optional<unsigned> optionsOf(MediaKind kind) {
+    switch (kind) {
+    case MediaKind::imageProperties: return imageCountOption;
+    case MediaKind::mediaAsset: return metadataOption;
+    case MediaKind::pdfDocument: return textOption;
+    }
+    return std::nullopt;
 }
 
 bool isOutcome(std::uint16_t number) {
@@ -39,20 +51,30 @@ bool isOutcome(std::uint16_t number) {
 } // namespace
 
 MessageHead encodedRequest(const MediaRequest& request) {
-    const auto options = request.wantsImageCount ? imageCountOption : std::uint16_t{0};
+    const auto options = static_cast<std::uint16_t>(
+        (request.wantsImageCount ? imageCountOption : 0) |
+        (request.wantsMetadata ? metadataOption : 0) | (request.wantsText ? textOption : 0));
     return std::bit_cast<MessageHead>(
         Layout{requestMark, static_cast<std::uint16_t>(request.kind), options, request.number});
 }
 
 std::optional<MediaRequest> decodedRequest(DataView message) {
     const auto layout = layoutOf(message, requestMark);
-    if (!layout || message.size() != messageHeadSize ||
-        layout->kind != static_cast<std::uint16_t>(MediaKind::imageProperties) ||
-        (layout->options & ~imageCountOption) != 0) {
+    if (!layout || message.size() != messageHeadSize) {
         return std::nullopt;
     }
-    return MediaRequest{MediaKind::imageProperties, layout->options == imageCountOption,
-                        layout->number};
+    const auto kind = static_cast<MediaKind>(layout->kind);
+    const auto options = optionsOf(kind);
+    if (!options || (layout->options & ~*options) != 0) {
+        return std::nullopt;
+    }
+    MediaRequest request;
+    request.kind = kind;
+    request.wantsImageCount = (layout->options & imageCountOption) != 0;
+    request.wantsMetadata = (layout->options & metadataOption) != 0;
+    request.wantsText = (layout->options & textOption) != 0;
+    request.number = layout->number;
+    return request;
 }
 
 MessageHead encodedAnswerHead(MediaAnswer::Outcome outcome, std::uint64_t number) {

@@ -21,12 +21,16 @@ using MessageHead = std::array<std::byte, messageHeadSize>;
 
 enum class MediaKind : std::uint16_t {
     imageProperties = 1,
+    mediaAsset = 2,
+    pdfDocument = 3,
 };
 
 /// What is wanted of the file whose descriptor comes with the message.
 struct MediaRequest {
     MediaKind kind = MediaKind::imageProperties;
     bool wantsImageCount = false; ///< for images
+    bool wantsMetadata = false;   ///< for media assets: title, artist and album
+    bool wantsText = false;       ///< for PDF: whether the first page has any
     std::uint64_t number = 0;     ///< the answer has the same
 
     friend bool operator==(const MediaRequest&, const MediaRequest&) = default;

@@ -95,19 +95,38 @@ MediaWorker::~MediaWorker() {
     Registry::remove(*this);
 }
 
-MediaWorker& MediaWorker::shared() {
-    static auto* const worker = [] {
-        // More than there are cores: while one answer is on its way, another file is read.
-        constexpr unsigned processesPerCore = 2;
-        constexpr unsigned mostProcesses = 8;
-        Settings settings;
-        settings.program = helperProgram("quillmere-media-worker");
-        settings.limits.wall = std::chrono::seconds(QM_MEDIA_TIME_LIMIT);
-        settings.processes =
-            std::clamp(processesPerCore * std::thread::hardware_concurrency(), 1U, mostProcesses);
-        return new MediaWorker(std::move(settings));
-    }();
-    return *worker;
+namespace {
+
+MediaWorker::Settings settingsFor(const std::string& program) {
+    // More than there are cores: while one answer is on its way, another file is read.
+    constexpr unsigned processesPerCore = 2;
+    constexpr unsigned mostProcesses = 8;
+    MediaWorker::Settings settings;
+    settings.program = helperProgram(program);
+    settings.limits.wall = std::chrono::seconds(QM_MEDIA_TIME_LIMIT);
+    settings.processes =
+        std::clamp(processesPerCore * std::thread::hardware_concurrency(), 1U, mostProcesses);
+    return settings;
+}
+
+} // namespace
+
+// A program for each kind, as the libraries of some take long to load. Never destroyed: threads may
+// outlive the end of main.
+MediaWorker& MediaWorker::shared(MediaKind kind) {
+    switch (kind) {
+    case MediaKind::mediaAsset: {
+        static auto& worker = *new MediaWorker(settingsFor("quillmere-media-worker-av"));
+        return worker;
+    }
+    case MediaKind::pdfDocument: {
+        static auto& worker = *new MediaWorker(settingsFor("quillmere-media-worker-pdf"));
+        return worker;
+    }
+    case MediaKind::imageProperties: break;
+    }
+    static auto& worker = *new MediaWorker(settingsFor("quillmere-media-worker"));
+    return worker;
 }
 
 bool MediaWorker::ask(const MediaRequest& request, int descriptor, const Reader& reader) {

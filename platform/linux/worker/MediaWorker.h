@@ -33,8 +33,8 @@ public:
     /// No request may be under way.
     ~MediaWorker();
 
-    /// The one that all of this process share.
-    [[nodiscard]] static MediaWorker& shared();
+    /// The one for files of this kind that all of this process share.
+    [[nodiscard]] static MediaWorker& shared(MediaKind kind);
 
     /// Takes over the value of an answer; false when it is not what was asked for.
     using Reader = std::function<bool(DataView)>;

@@ -9,6 +9,9 @@ int main() {
     media::prepareImageReaders();
     return worker::serveMedia(
         [](const worker::MediaRequest& request, int descriptor) -> std::optional<Data> {
+            if (request.kind != worker::MediaKind::imageProperties) {
+                return std::nullopt;
+            }
             const auto properties = media::readImage(descriptor, request.wantsImageCount);
             return properties ? std::optional(worker::encodedImageProperties(*properties))
                               : std::nullopt;
