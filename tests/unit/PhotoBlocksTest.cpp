@@ -238,4 +238,16 @@ TEST_F(PhotoBlocks, FindResourcesByTheirNumber) {
     for (std::size_t length = 0; length < bytes.size(); ++length) {
         EXPECT_EQ(found(1028, length), length < 33 ? "none" : "two") << length;
     }
+                                  .text("MeSa")
+                                  .big(8, 2)
+                                  .big(0, 2)
+                                  .big(4, 4)
+                                  .text("mesa")
+                                  .text("8BIM")
+                                  .big(6, 2)
+                                  .big(0, 2)
+                                  .big(4, 4)
+                                  .text("last")
 }
+    EXPECT_EQ(found(6, bytes.size()), "last");
+    EXPECT_EQ(found(8, bytes.size()), "none");

@@ -168,8 +168,20 @@ void addIptc(DataView record, ImageProperties& properties) {
 std::optional<DataView> imageResource(DataView resources, std::uint16_t number) {
     constexpr std::size_t headSize = 6; // the signature and the number
     constexpr std::size_t lengthSize = 4;
-    while (resources.size() > headSize && hasTextAt(resources, 0, "8BIM")) {
-        const bool isWanted = bigEndian<std::uint16_t>(resources, 4) == number;
+namespace {
+
+// Resources of other programs, which have other marks, stand between those of Photoshop.
+bool isResource(DataView bytes) {
+    constexpr std::array marks{"8BIM"sv, "MeSa"sv, "PHUT"sv, "AgHg"sv, "DCSR"sv};
+    return std::ranges::any_of(
+        marks, [bytes](std::string_view mark) { return hasTextAt(bytes, 0, mark); });
+}
+
+} // namespace
+
+    while (resources.size() > headSize && isResource(resources)) {
+        const bool isWanted =
+            hasTextAt(resources, 0, "8BIM") && bigEndian<std::uint16_t>(resources, 4) == number;
         // A name of up to 255 bytes with its length before it, padded to an even size.
         const std::size_t nameSize = std::to_integer<std::size_t>(resources[headSize]) + 1;
         const std::size_t head = headSize + nameSize + nameSize % 2;
