@@ -163,6 +163,19 @@ TEST_F(PhotoBlocks, HideMetadataInXmlFromTheLibrary) {
     EXPECT_EQ(block.find("\xBC\x02"), std::string::npos);
 }
 
+TEST_F(PhotoBlocks, DoNotCopyFieldsOfManyMegabytes) {
+    constexpr std::uint16_t layersTag = 37724;
+    constexpr std::size_t most = 4U << 20U;
+    const auto isThere = [](std::size_t length) {
+        std::string block =
+            tiffBytes({tiffText(makeTag, "Maker"), tiffText(layersTag, std::string(length, 'x'))});
+        const auto tags = PhotoTags::decode(std::as_writable_bytes(std::span(block)));
+        return tags && tags->text("Exif.Image.Make") && tags->hasField("Exif.Image.0x935c");
+    };
+    EXPECT_TRUE(isThere(most));
+    EXPECT_FALSE(isThere(most + 1));
+}
+
 TEST_F(PhotoBlocks, SurviveDamageAtEveryByte) {
     const std::string whole = tiffBytes(
         {tiffText(makeTag, "Canon"), tiffText(modelTag, "Model of a camera"),

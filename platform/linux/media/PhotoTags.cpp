@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <limits>
 #include <map>
 #include <set>
@@ -50,11 +49,16 @@ const Exiv2::byte* libraryBytes(DataView bytes) {
     return reinterpret_cast<const Exiv2::byte*>(bytes.data());
 }
 
-// Where the packet of XMP is named in the first directory of a TIFF structure, the tag is made
-// one that means nothing: the library would parse the packet whenever it sees it, and nobody here
-// asks for what it says. There are as many bytes as a header has.
-void hideXMP(std::span<std::byte> bytes) {
+// Changes what the first directory of a TIFF structure has that the library should not see. The tag
+// of XMP becomes one that means nothing: the library would parse the packet whenever it sees it,
+// and follow its elements as deep as they are nested. Fields of many megabytes, in which Photoshop
+// keeps layers and converters whole files, become empty: the library would copy them twice. There
+// are as many bytes as a header has.
+void hideFields(std::span<std::byte> bytes) {
     constexpr std::size_t entrySize = 12;
+    constexpr std::size_t countOffset = 4;
+    constexpr std::size_t countSize = 4;
+    constexpr std::uint64_t mostElements = 4U << 20U;
     constexpr std::uint16_t xmpTag = 700;
     const auto order = hasTextAt(bytes, 0, "MM") ? std::endian::big : std::endian::little;
     const std::uint64_t directory = order == std::endian::big
@@ -77,6 +81,9 @@ void hideXMP(std::span<std::byte> bytes) {
         }
     }
 }
+        if (longAt(entry + countOffset) > mostElements) {
+            std::ranges::fill(bytes.subspan(entry + countOffset, countSize), std::byte{0});
+        }
 
 template <class Ratio>
 std::optional<double> quotient(const Ratio& ratio) {
@@ -157,7 +164,7 @@ std::optional<PhotoTags> PhotoTags::decode(std::span<std::byte> bytes) {
     if (bytes.size() < headerSize) {
         return std::nullopt;
     }
-    hideXMP(bytes);
+    hideFields(bytes);
     auto fields = std::make_unique<Fields>();
     Exiv2::XmpData ignored;
     try {

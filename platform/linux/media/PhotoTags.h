@@ -21,8 +21,9 @@ class PhotoTags {
 public:
     /// Silences the library underneath, and lets it look for the files that it asks for once.
     static void prepare();
-    /// Decodes the structure in `bytes`, which is changed on the way: metadata in XML are hidden
-    /// from the library. nullopt when it is no such structure.
+    /// Decodes the structure in `bytes`, which is changed on the way: metadata in XML and fields of
+    /// more than four million elements are hidden from the library. nullopt when it is no such
+    /// structure.
     [[nodiscard]] static std::optional<PhotoTags> decode(std::span<std::byte> bytes);
 
     PhotoTags(PhotoTags&& other) noexcept;
