@@ -3,6 +3,7 @@
 #include "platform/linux/ByteText.h"
 #include "platform/linux/media/ColorProfile.h"
 #include "platform/linux/media/ImageFormats.h"
+#include "platform/linux/media/MultiPicture.h"
 #include "platform/linux/media/PhotoBlocks.h"
 
 #include <algorithm>
@@ -22,6 +23,7 @@ constexpr std::size_t bufferSize = 16U << 10U;
 constexpr std::uint64_t longestHeader = 64U << 20U;
 constexpr int exifSegment = JPEG_APP0 + 1;
 constexpr int profileSegment = JPEG_APP0 + 2;
+constexpr int multiPictureSegment = JPEG_APP0 + 2;
 constexpr int photoshopSegment = JPEG_APP0 + 13;
 
 // The library's way of reporting errors is to call a function that must not return. Between the
@@ -189,7 +191,8 @@ std::optional<ImageProperties> readJpeg(const ImageFile& file, bool wantsImageCo
         addIptc(*record, properties);
     }
     if (wantsImageCount) {
-        properties.imageCount = 1;
+        Data index = header.segments(multiPictureSegment, "MPF\0"sv);
+        properties.imageCount = pictureCount(index, file.size());
     }
     return properties;
 }
