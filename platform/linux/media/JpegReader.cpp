@@ -25,6 +25,7 @@ constexpr int exifSegment = JPEG_APP0 + 1;
 constexpr int profileSegment = JPEG_APP0 + 2;
 constexpr int multiPictureSegment = JPEG_APP0 + 2;
 constexpr int photoshopSegment = JPEG_APP0 + 13;
+constexpr std::string_view xmpMark = "http://ns.adobe.com/xap/1.0/\0"sv; // XMP Specification Part 3
 
 // The library's way of reporting errors is to call a function that must not return. Between the
 // jump and its target no object with a destructor may live.
@@ -185,6 +186,9 @@ std::optional<ImageProperties> readJpeg(const ImageFile& file, bool wantsImageCo
     addDensity(info, properties);
     if (Data block = header.segments(exifSegment, "Exif\0\0"sv); !block.empty()) {
         addExif(block, properties);
+    }
+    if (const Data packet = header.segments(exifSegment, xmpMark); !packet.empty()) {
+        addXmp(packet, properties);
     }
     const Data resources = header.segments(photoshopSegment, "Photoshop 3.0\0"sv);
     if (const auto record = imageResource(resources, iptcResource)) {

@@ -135,6 +135,9 @@ void addPhotoTags(const PhotoTags& tags, ImageProperties& properties) {
         properties.iptc.emplace().copyrightNotice = imageText(*notice);
     }
     addResolution(tags, properties);
+    if (const auto packet = tags.xmpPacket()) {
+        addXmp(platform::bytesOf(*packet), properties);
+    }
 }
 
 void addExif(std::span<std::byte> block, ImageProperties& properties) {
@@ -165,9 +168,6 @@ void addIptc(DataView record, ImageProperties& properties) {
     properties.iptc.emplace().copyrightNotice = notice ? imageText(*notice) : std::nullopt;
 }
 
-std::optional<DataView> imageResource(DataView resources, std::uint16_t number) {
-    constexpr std::size_t headSize = 6; // the signature and the number
-    constexpr std::size_t lengthSize = 4;
 namespace {
 
 // Resources of other programs, which have other marks, stand between those of Photoshop.
@@ -179,6 +179,9 @@ bool isResource(DataView bytes) {
 
 } // namespace
 
+std::optional<DataView> imageResource(DataView resources, std::uint16_t number) {
+    constexpr std::size_t headSize = 6; // the signature and the number
+    constexpr std::size_t lengthSize = 4;
     while (resources.size() > headSize && isResource(resources)) {
         const bool isWanted =
             hasTextAt(resources, 0, "8BIM") && bigEndian<std::uint16_t>(resources, 4) == number;

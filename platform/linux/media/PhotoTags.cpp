@@ -60,14 +60,16 @@ void hideFields(std::span<std::byte> bytes) {
     constexpr std::size_t countSize = 4;
     constexpr std::uint64_t mostElements = 4U << 20U;
     constexpr std::uint16_t xmpTag = 700;
-    const auto order = hasTextAt(bytes, 0, "MM") ? std::endian::big : std::endian::little;
-    const std::uint64_t directory = order == std::endian::big
-                                        ? bigEndian<std::uint32_t>(bytes, 4)
-                                        : littleEndian<std::uint32_t>(bytes, 4);
-    const auto shortAt = [&](std::size_t offset) {
-        return order == std::endian::big ? bigEndian<std::uint16_t>(bytes, offset)
-                                         : littleEndian<std::uint16_t>(bytes, offset);
+    const bool isBig = hasTextAt(bytes, 0, "MM");
+    const auto shortAt = [bytes, isBig](std::size_t offset) {
+        return isBig ? bigEndian<std::uint16_t>(bytes, offset)
+                     : littleEndian<std::uint16_t>(bytes, offset);
     };
+    const auto longAt = [bytes, isBig](std::size_t offset) {
+        return isBig ? bigEndian<std::uint32_t>(bytes, offset)
+                     : littleEndian<std::uint32_t>(bytes, offset);
+    };
+    const std::uint64_t directory = longAt(4);
     if (directory > bytes.size() - 2) {
         return;
     }
@@ -79,11 +81,11 @@ void hideFields(std::span<std::byte> bytes) {
         if (shortAt(entry) == xmpTag) {
             std::ranges::fill(bytes.subspan(entry, 2), std::byte{0xFE});
         }
-    }
-}
         if (longAt(entry + countOffset) > mostElements) {
             std::ranges::fill(bytes.subspan(entry + countOffset, countSize), std::byte{0});
         }
+    }
+}
 
 template <class Ratio>
 std::optional<double> quotient(const Ratio& ratio) {
@@ -218,6 +220,10 @@ std::vector<std::int64_t> PhotoTags::integers(const std::string& name) const {
         }
     }
     return numbers;
+}
+
+std::optional<std::string> PhotoTags::xmpPacket() const {
+    return text("Exif.Image.0xfefe");
 }
 
 std::optional<std::string> PhotoTags::copyrightNotice() const {

@@ -45,6 +45,8 @@ public:
     [[nodiscard]] bool isLeftOut(const std::string& name, std::size_t index) const;
     /// The whole numbers of a field, the first 16 at most.
     [[nodiscard]] std::vector<std::int64_t> integers(const std::string& name) const;
+    /// The XMP packet in the first directory.
+    [[nodiscard]] std::optional<std::string> xmpPacket() const;
     /// The bytes of the copyright notice in the IPTC record of a TIFF file.
     [[nodiscard]] std::optional<std::string> copyrightNotice() const;
 
