@@ -38,6 +38,25 @@ struct Sample {
 };
 
 constexpr std::array samples{
+    Sample{"xmp.jpg",
+           "12x8 8 RGB count=1 tiff model=Camera & lens copyright=© Someone exif f=4 iso=400 "
+           "date=2023:07:14 18:30:05 gps latitude=48.5 ref=N longitude=2.25 ref=W"},
+    Sample{"xmp.png",
+           "12x8 8 Gray alpha=no count=1 tiff model=Camera & lens copyright=© Someone exif f=4 "
+           "iso=400 date=2023:07:14 18:30:05 gps latitude=48.5 ref=N longitude=2.25 ref=W"},
+    Sample{
+        "xmp.tif",
+        "12x8 16 RGB dpi=300x150 alpha=no count=1 tiff model=Camera & lens copyright=© Someone "
+        "exif f=4 iso=400 date=2023:07:14 18:30:05 gps latitude=48.5 ref=N longitude=2.25 ref=W"},
+    Sample{"xmp.webp",
+           "12x8 8 RGB alpha=no count=1 tiff model=Camera & lens copyright=© Someone exif f=4 "
+           "iso=400 date=2023:07:14 18:30:05 gps latitude=48.5 ref=N longitude=2.25 ref=W"},
+    Sample{"xmp.heic",
+           "64x48 8 RGB alpha=no count=1 tiff model=Camera & lens copyright=© Someone exif f=4 "
+           "iso=400 date=2023:07:14 18:30:05 gps latitude=48.5 ref=N longitude=2.25 ref=W"},
+    Sample{"xmp.psd",
+           "12x8 16 RGB alpha=no count=1 tiff model=Camera & lens copyright=© Someone exif f=4 "
+           "iso=400 date=2023:07:14 18:30:05 gps latitude=48.5 ref=N longitude=2.25 ref=W"},
     Sample{"large.psb", "12x8 16 RGB dpi=300x150 alpha=no count=1"},
     Sample{"camera.psd",
            "12x8 16 RGB profile=Test RGB dpi=72x72 alpha=no count=1 tiff make=Maker model=Camera 1 "
@@ -109,7 +128,7 @@ constexpr std::array samples{
     Sample{"rgba.png", "12x8 8 RGB alpha=yes count=1"},
     Sample{"graya.png", "12x8 16 Gray alpha=yes count=1"},
     Sample{"palette4.png", "12x8 4 RGB alpha=no count=1"},
-    Sample{"transparent.png", "12x8 4 RGB alpha=no count=1"},
+    Sample{"transparent.png", "12x8 8 Gray alpha=yes count=1"},
     Sample{"72.png", "12x8 16 RGB dpi=72x72 alpha=no count=1"},
     Sample{"300.png", "12x8 16 RGB dpi=300x300 alpha=no count=1"},
     Sample{"srgb.png", "12x8 8 Gray profile=sRGB IEC61966-2.1 alpha=no count=1"},

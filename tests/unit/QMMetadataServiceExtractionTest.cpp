@@ -92,7 +92,7 @@ TEST_F(QMMetadataServiceExtraction, TellsWhatPicturesSay) {
         image.exif.emplace().dateTimeOriginal = std::move(date);
         return std::optional(std::move(image));
     };
-    const auto service = QMMetadataService::init({nullptr, read});
+    service = QMMetadataService::init({nullptr, read});
     std::map<std::string, std::size_t> answers;
     std::size_t done = 0;
     constexpr std::size_t files = 64;
