@@ -153,6 +153,32 @@ constexpr std::array samples{
     Sample{"565.bmp", "12x8 5 RGB profile=sRGB IEC61966-2.1 alpha=no count=1"},
     Sample{"one.ico", "12x8 8 RGB alpha=yes count=1"},
     Sample{"three.ico", "256x256 8 RGB alpha=yes count=3"},
+    Sample{
+        "nikon.nef",
+        "6048x4032 14 RGB count=1 tiff make=NIKON CORPORATION model=Camera 1 software=Firmware 1.0 "
+        "copyright=© Someone exif lens=Lens 24-70 time=0.004 f=2.8 iso=400 length=35 length35=52 "
+        "date=2023:07:14 18:30:05 gps latitude=48.8584 ref=N longitude=2.2945 ref=E"},
+    Sample{
+        "sony.arw",
+        "6048x4032 14 RGB count=1 tiff make=SONY model=Camera 1 software=Firmware 1.0 copyright=© "
+        "Someone exif lens=Lens 24-70 time=0.004 f=2.8 iso=400 length=35 length35=52 "
+        "date=2023:07:14 18:30:05 gps latitude=48.8584 ref=N longitude=2.2945 ref=E"},
+    Sample{
+        "adobe.dng",
+        "6048x4032 14 RGB count=1 tiff make=Maker model=Camera 1 software=Firmware 1.0 copyright=© "
+        "Someone exif lens=Lens 24-70 time=0.004 f=2.8 iso=400 length=35 length35=52 "
+        "date=2023:07:14 18:30:05 gps latitude=48.8584 ref=N longitude=2.2945 ref=E"},
+    Sample{
+        "plain.raw",
+        "6048x4032 14 RGB count=1 tiff make=Maker model=Camera 1 software=Firmware 1.0 copyright=© "
+        "Someone exif lens=Lens 24-70 time=0.004 f=2.8 iso=400 length=35 length35=52 "
+        "date=2023:07:14 18:30:05 gps latitude=48.8584 ref=N longitude=2.2945 ref=E"},
+    Sample{
+        "canon.cr2",
+        "5184x3456 -1 RGB count=1 tiff make=Canon model=Camera 1 software=Firmware 1.0 copyright=© "
+        "Someone exif lens=Lens 24-70 time=0.004 f=2.8 iso=400 length=35 length35=52 "
+        "date=2023:07:14 18:30:05 gps latitude=48.8584 ref=N longitude=2.2945 ref=E"},
+    Sample{"layer.xcf", "12x8 8 RGB dpi=300x150 alpha=yes count=1"},
 };
 
 std::filesystem::path pathOf(const char* name) {
