@@ -13,6 +13,8 @@ import subprocess
 import sys
 
 SRGB = "sRGB IEC61966-2.1"
+# XMP says what the block of Exif does not.
+PHOTO_GROUPS = ("ExifIFD", "XMP-exif")
 RESOLUTION = ("XResolution", "YResolution", "ResolutionUnit")
 # What we say instead of a file and a key, and why that is right.
 EXCEPTIONS = {
@@ -25,6 +27,7 @@ EXCEPTIONS = {
     ("gray.psd", "dpi"): "",
     ("rgb16-alpha.psd", "dpi"): "",
     ("srgb.psd", "dpi"): "",
+    ("xmp.psd", "dpi"): "",
     ("camera.psd", "dpi"): "72",  # of the block of Exif, then
 }
 
@@ -130,12 +133,12 @@ def animated(tags):
 
 def of_photo(words):
     """What only a file with data of a camera has."""
-    return lambda tags: words(tags) if tags.has_group("ExifIFD") else ""
+    return lambda tags: words(tags) if any(map(tags.has_group, PHOTO_GROUPS)) else ""
 
 
 def formatted(form, name):
     def words(tags):
-        numbers = tags.numbers("ExifIFD:" + name)
+        numbers = tags.numbers(*(f"{group}:{name}" for group in PHOTO_GROUPS))
         return form(numbers[0]) if numbers else ""
     return of_photo(words)
 
@@ -147,18 +150,23 @@ def focal_length(tags):
 
 
 def date_original(tags):
-    text = tags.text("ExifIFD:DateTimeOriginal")
+    text = tags.text("ExifIFD:DateTimeOriginal", "XMP-exif:DateTimeOriginal")
     if not text:
         return ""
-    (year, month, day), (hour, minute, _) = (part.split(":") for part in text.split())
+    (year, month, day), (hour, minute, _) = (part.split(":") for part in text[:19].split())
     return f"{day}.{month}.{year}, {hour}:{minute}"
 
 
 def gps(tags):
-    numbers = [tags.first("GPS:GPS" + name) for name in ("Latitude", "Longitude")]
+    names = ("GPSLatitude", "GPSLongitude")
+    numbers = [tags.first("GPS:" + name) for name in names]
+    letters = [tags.text(f"GPS:{name}Ref") for name in names]
     if None in numbers:
-        return ""
-    letters = [tags.text(f"GPS:GPS{name}Ref") for name in ("Latitude", "Longitude")]
+        signed = [tags.first("XMP-exif:" + name) for name in names]
+        if None in signed:
+            return ""
+        numbers = [abs(number) for number in signed]
+        letters = [pair[number < 0] for pair, number in zip(("NS", "EW"), signed)]
     return ", ".join(f"{number:.4f}° {letter}" for number, letter in zip(numbers, letters))
 
 
@@ -170,7 +178,7 @@ FACTS = {
     "dpi": dpi,
     "hasAlpha": has_alpha,
     "animated": animated,
-    "camera": of_photo(lambda tags: tags.text("IFD0:Model", "IFD0:Make")),
+    "camera": of_photo(lambda tags: tags.text("IFD0:Model", "XMP-tiff:Model", "IFD0:Make")),
     "lens": of_photo(lambda tags: tags.text("ExifIFD:LensModel")),
     "exposure": formatted(lambda t: f"1/{1 / t:.0f} s" if t < 1 else f"{t:.1f} s", "ExposureTime"),
     "aperture": formatted(lambda number: f"f/{number:.1f}", "FNumber"),
@@ -179,7 +187,8 @@ FACTS = {
     "dateOriginal": of_photo(date_original),
     "gps": gps,
     "software": lambda tags: tags.text("IFD0:Software", "PNG:Software"),
-    "copyright": lambda tags: tags.text("IPTC:CopyrightNotice", "IFD0:Copyright", "PNG:Copyright"),
+    "copyright": lambda tags: tags.text("IPTC:CopyrightNotice", "IFD0:Copyright", "PNG:Copyright",
+                                        "XMP-dc:Rights"),
 }
 
 
