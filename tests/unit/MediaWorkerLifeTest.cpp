@@ -275,6 +275,32 @@ TEST(MediaWorkerLife, IsFreeInACopyThatWasMadeWhileItWasBusy) {
     EXPECT_EQ(askMediaWorker(worker, "width 2"), 2);
 }
 
+std::int64_t openSockets() {
+    std::int64_t count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code ignored;
+        const auto target = std::filesystem::read_symlink(entry.path(), ignored);
+        count += target.string().starts_with("socket:") ? 1 : 0;
+    }
+    return count;
+}
+
+TEST(MediaWorkerLife, IsNothingOfACopyThatWasMadeWhileItStarted) {
+    const TemporaryFolder folder;
+    auto settings = settingsOfMediaWorker();
+    settings.program = folder.link("silent", QM_TEST_MEDIA_WORKER);
+    settings.limits.starting = 2s;
+    MediaWorker worker(settings);
+    const std::int64_t before = openSockets();
+    std::thread busy([&] { EXPECT_EQ(askMediaWorker(worker, "width 1"), std::nullopt); });
+    EXPECT_TRUE(eventually([&] { return openSockets() > before; }));
+    const Pipe pipe;
+    Copy copy([&] { pipe.write(openSockets()); });
+    EXPECT_EQ(pipe.read(), before);
+    copy.wait();
+    busy.join();
+}
+
 TEST(MediaWorkerLife, OutlivesNoDescriptors) {
     const auto before = openDescriptors();
     for (int round = 0; round < 3; ++round) {
