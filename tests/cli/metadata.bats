@@ -17,6 +17,19 @@ values_are() {
         "$1"
 }
 
+links_readers_of_media() {
+    ldd "$1" | grep -E '/lib(exiv2|gif|heif|jpeg|lcms2|png16|tiff|webpdemux)\.so'
+}
+
+@test "what reads media is part of the process for that alone" {
+    [ "$(links_readers_of_media "${MEDIA_WORKER:?}" | wc -l)" -eq 8 ]
+    local program
+    for program in "$QM" "$SHOW_METADATA"; do
+        ldd "$program" | grep -q 'libc\.so'
+        [ -z "$(links_readers_of_media "$program")" ]
+    done
+}
+
 @test "a text file has entries of its own and a category" {
     printf '#!/bin/sh\necho hello world\n' >run.sh
     show run.sh
