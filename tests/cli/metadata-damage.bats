@@ -9,7 +9,7 @@ load helpers
     # With sanitizers each takes several times as long.
     local count=10000
     [ -z "${SANITIZERS:-}" ] || count=1500
-    timeout 150 python3 "$BATS_TEST_DIRNAME/damage_pictures.py" "$SHOW_METADATA" "$WORKER" \
+    timeout 150 python3 "$BATS_TEST_DIRNAME/damage_pictures.py" "$SHOW_METADATA" "$MEDIA_WORKER" \
         "$SAMPLES" "$count" 1 >"$seen/out"
     sed 's/^/# /' "$seen/out" >&3
 }

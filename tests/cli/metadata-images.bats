@@ -1,12 +1,12 @@
 #!/usr/bin/env bats
 # SPDX-License-Identifier: Apache-2.0
 # What is in pictures, as an application is told it, read by the process that may do nothing else.
-# SAMPLES names the folder with the pictures, WORKER that process's program.
+# SAMPLES names the folder with the pictures, MEDIA_WORKER that process's program.
 
 load helpers
 
 SHOW_METADATA=$(realpath "${SHOW_METADATA:?must name the program that shows metadata}")
-WORKER=$(realpath "${WORKER:?must name the program that reads media}")
+MEDIA_WORKER=$(realpath "${MEDIA_WORKER:?must name the program that reads media}")
 SAMPLES=$(realpath "${SAMPLES:?must name the folder of the pictures}")
 
 readonly extensions=(jpg jpeg png gif bmp tiff tif webp heic heif ico raw cr2 nef arw dng psd xcf)
@@ -48,7 +48,7 @@ own_programs() {
     own="$BATS_TEST_TMPDIR/own"
     mkdir "$own"
     cp "$SHOW_METADATA" "$own/show_metadata"
-    cp "$WORKER" "$own/quillmere-media-worker"
+    cp "$MEDIA_WORKER" "$own/quillmere-media-worker"
 }
 
 # The processes that run the program.
@@ -309,7 +309,7 @@ zipfile.ZipFile("archive", "w").writestr("camera.jpg", b"\xff\xd8\xff")'
     # With sanitizers it filters no system calls.
     [ -n "${SANITIZERS:-}" ] || libraries+=(libseccomp)
     local name
-    libraries_of "$WORKER" >"$seen/reader"
+    libraries_of "$MEDIA_WORKER" >"$seen/reader"
     libraries_of "$QM" >"$seen/others"
     libraries_of "$SHOW_METADATA" >>"$seen/others"
     grep -q '^libc\.so' "$seen/others"
@@ -354,7 +354,7 @@ zipfile.ZipFile("archive", "w").writestr("camera.jpg", b"\xff\xd8\xff")'
     local how
     for how in "chmod 644" "cp /bin/true" "truncate -s 10" "truncate -s 0"; do
         rm "$own/quillmere-media-worker"
-        cp "$WORKER" "$own/quillmere-media-worker"
+        cp "$MEDIA_WORKER" "$own/quillmere-media-worker"
         case $how in
         cp*) cp /bin/true "$own/quillmere-media-worker" ;;
         *) $how "$own/quillmere-media-worker" ;;
