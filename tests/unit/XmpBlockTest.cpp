@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/media/PhotoBlocks.h"
-
 #include "tests/unit/support/ImageDescription.h"
 
 #include <string>
@@ -66,8 +65,8 @@ TEST(XmpBlock, DoesNotReplaceWhatOtherBlocksSay) {
 }
 
 TEST(XmpBlock, HasNoNumbersThatAreNone) {
-    for (const std::string_view number : {"", "x", "1/", "1/0", "0/0", "/2", "1/2/3", "1/2 mm",
-                                          "inf", "nan", "1e308/1e-308"}) {
+    for (const std::string_view number :
+         {"", "x", "1/", "1/0", "0/0", "/2", "1/2/3", "1/2 mm", "inf", "nan", "1e308/1e-308"}) {
         EXPECT_EQ(said(std::string("exif:FNumber='").append(number).append("'")), " exif")
             << number;
     }
@@ -86,7 +85,8 @@ TEST(XmpBlock, HasDatesInTheFormOfExif) {
     EXPECT_EQ(date("2023-07-14T18:30:05Z"), " exif date=2023:07:14 18:30:05");
     EXPECT_EQ(date("2023-07-14T18:30"), " exif date=2023:07:14 18:30:00");
     EXPECT_EQ(date("2023-07-14T18:30+02:00"), " exif date=2023:07:14 18:30:00");
-    for (const char* const other : {"2023-07-14", "2023:07:14 18:30:05", "in July", "2023-7-4T1:2"}) {
+    for (const char* const other :
+         {"2023-07-14", "2023:07:14 18:30:05", "in July", "2023-7-4T1:2"}) {
         EXPECT_EQ(date(other), std::string(" exif date=").append(other));
     }
 }
@@ -100,8 +100,8 @@ TEST(XmpBlock, HasPositionsInDegrees) {
     EXPECT_EQ(place("48,30.6N"), " exif gps latitude=48.51 ref=N longitude=2.25 ref=W");
     EXPECT_EQ(place("48,30,36S"), " exif gps latitude=48.51 ref=S longitude=2.25 ref=W");
     EXPECT_EQ(place("48.51N"), " exif gps latitude=48.51 ref=N longitude=2.25 ref=W");
-    for (const std::string_view none : {"", "N", "48,30.6", "48,30.6X", "48,-1N", "-48,0N", "48,,6N",
-                                        "1,2,3,4N", "nan,0N", "inf,0N", "48,30.6NN"}) {
+    for (const std::string_view none : {"", "N", "48,30.6", "48,30.6X", "48,-1N", "-48,0N",
+                                        "48,,6N", "1,2,3,4N", "nan,0N", "inf,0N", "48,30.6NN"}) {
         EXPECT_EQ(place(none), " exif") << none;
     }
 }

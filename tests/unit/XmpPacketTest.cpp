@@ -26,8 +26,9 @@ std::string textOf(std::string_view descriptions, std::string_view name = "tiff:
 }
 
 std::string described(std::string_view elements) {
-    return std::string("<rdf:Description rdf:about=''>").append(elements).append(
-        "</rdf:Description>");
+    return std::string("<rdf:Description rdf:about=''>")
+        .append(elements)
+        .append("</rdf:Description>");
 }
 
 } // namespace
@@ -42,7 +43,8 @@ TEST(XmpPacket, HasPropertiesAsAttributes) {
 }
 
 TEST(XmpPacket, HasPropertiesAsElements) {
-    const std::string two = described("<tiff:Make>One</tiff:Make>\n <tiff:Model >Two</tiff:Model >");
+    const std::string two =
+        described("<tiff:Make>One</tiff:Make>\n <tiff:Model >Two</tiff:Model >");
     EXPECT_EQ(textOf(two), "One");
     EXPECT_EQ(textOf(two, "tiff:Model"), "Two");
     EXPECT_EQ(textOf(described("<tiff:Make/><tiff:Model>Two</tiff:Model>")), "none");
@@ -84,9 +86,8 @@ TEST(XmpPacket, HasCharactersForReferences) {
     EXPECT_EQ(text("a &amp;&lt;&gt;&quot;&apos; b"), "a &<>\"' b");
     EXPECT_EQ(text("&#65;&#x42;&#xe9;&#x20AC;&#x1F600;"), "AB\u00E9\u20AC\U0001F600");
     EXPECT_EQ(text("&amp;amp;"), "&amp;");
-    for (const char* const none :
-         {"&", "&;", "&#;", "&#x;", "&#xD800;", "&#x110000;", "&#99999999;", "&#-1;", "&other;",
-          "&amp", "a & b; c"}) {
+    for (const char* const none : {"&", "&;", "&#;", "&#x;", "&#xD800;", "&#x110000;",
+                                   "&#99999999;", "&#-1;", "&other;", "&amp", "a & b; c"}) {
         EXPECT_EQ(text(none), none);
     }
 }

@@ -64,9 +64,8 @@ std::optional<std::string_view> takeTag(std::string_view& text) {
 std::optional<char32_t> characterOf(std::string_view reference) {
     constexpr std::array<std::pair<std::string_view, char32_t>, 5> names{
         {{"amp", U'&'}, {"lt", U'<'}, {"gt", U'>'}, {"quot", U'"'}, {"apos", U'\''}}};
-    const auto* const named = std::ranges::find(names, reference, [](const auto& name) {
-        return name.first;
-    });
+    const auto* const named =
+        std::ranges::find(names, reference, [](const auto& name) { return name.first; });
     if (named != names.end()) {
         return named->second;
     }
@@ -92,8 +91,8 @@ std::string withoutReferences(std::string_view value) {
     while (!value.empty()) {
         text.append(takeUntil(value, "&"));
         const auto end = value.substr(0, longestReference).find(';');
-        const auto character = end == std::string_view::npos ? std::nullopt
-                                                             : characterOf(value.substr(1, end - 1));
+        const auto character =
+            end == std::string_view::npos ? std::nullopt : characterOf(value.substr(1, end - 1));
         if (character) {
             appendUTF8(text, *character);
             value.remove_prefix(end + 1);
