@@ -72,7 +72,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                  }});
     QMMetadataEntries entries;
     service->extractImageMetadata(
-        "/x", QMMetadataService::enabledKeysForCategory(QMMetadataCategoryImageRaster), entries);
+        "/x", *QMMetadataService::enabledKeysForCategory(QMMetadataCategoryImageRaster), entries);
     require(entries.size() <= 17);
     for (const auto& entry : entries) {
         require(entry->key && entry->localizedKey && entry->value);

@@ -24,10 +24,9 @@ void readMessage(DataView bytes) {
 
 void readValue(DataView bytes) {
     if (const auto value = Cbor::decoded(bytes)) {
+        // There is one spelling of each, so it is the one that was read.
         const auto written = Cbor::encoded(*value);
-        fuzzing::require(written && written->size() <= bytes.size());
-        const auto again = Cbor::decoded(*written);
-        fuzzing::require(again && Cbor::encoded(*again) == written);
+        fuzzing::require(written && std::ranges::equal(*written, bytes));
     }
     if (const auto properties = worker::decodedImageProperties(bytes)) {
         const auto written = worker::encodedImageProperties(*properties);

@@ -32,6 +32,23 @@ constexpr std::uint64_t belowMinusOne(std::int64_t number) {
     return ~static_cast<std::uint64_t>(number);
 }
 
+// How many bytes of the argument follow the first byte.
+constexpr unsigned bytesOfArgument(unsigned information) {
+    return 1U << (information - firstLongArgument);
+}
+
+// What the first byte says of an argument in the shortest form of it.
+constexpr unsigned informationOf(std::uint64_t argument) {
+    if (argument < firstLongArgument) {
+        return static_cast<unsigned>(argument);
+    }
+    unsigned step = 0;
+    while (step < 3 && (argument >> (bitsPerByte << step)) != 0) {
+        ++step;
+    }
+    return firstLongArgument + step;
+}
+
 class Writer {
 public:
     // Answers false beyond the limit of levels.
@@ -51,16 +68,11 @@ private:
 
     void head(Major major, std::uint64_t argument) {
         const std::uint64_t type = static_cast<unsigned>(major) << argumentBits;
-        if (argument < firstLongArgument) {
-            byte(type | argument);
-            return;
+        const unsigned information = informationOf(argument);
+        byte(type | information);
+        if (information >= firstLongArgument) {
+            bigEndian(argument, bytesOfArgument(information));
         }
-        unsigned step = 0;
-        while (step < 3 && (argument >> (bitsPerByte << step)) != 0) {
-            ++step;
-        }
-        byte(type | (firstLongArgument + step));
-        bigEndian(argument, 1U << step);
     }
 
     void text(std::string_view content) {
@@ -170,8 +182,10 @@ private:
         }
         result.argument = result.information;
         if (result.information >= firstLongArgument) {
-            const auto argument = bigEndian(1U << (result.information - firstLongArgument));
-            if (!argument) {
+            const auto argument = bigEndian(bytesOfArgument(result.information));
+            // The bits of a number that is no integer are not to be made shorter.
+            if (!argument ||
+                (result.major != Major::simple && result.information != informationOf(*argument))) {
                 return std::nullopt;
             }
             result.argument = *argument;

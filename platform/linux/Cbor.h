@@ -19,7 +19,8 @@ inline constexpr int maximumDepth = 8;
 
 /// The value that all of `bytes` is. Integers are std::int64_t wherever that holds them. nullopt
 /// for what `encoded` never writes: other kinds of values, text that is not UTF-8, too many levels,
-/// anything cut off or left over. Names that occur twice are left to the caller.
+/// lengths and integers longer than they need be, anything cut off or left over. Names that occur
+/// twice are left to the caller.
 [[nodiscard]] std::optional<Json> decoded(DataView bytes);
 
 } // namespace platform::Cbor

@@ -27,6 +27,9 @@ void resetSignals() {
     for (int number = 1; number <= lastStandardSignal; ++number) {
         ::signal(number, SIG_DFL); // NOLINT(cert-err33-c): two of them cannot be changed
     }
+    sigset_t none;
+    ::sigemptyset(&none);
+    ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
 }
 
 // Runs in a child of what may have several threads, so only functions that are safe in a signal
@@ -73,15 +76,12 @@ void start(const std::vector<std::string>& command, const std::string& workingDi
 
 void keepOpen(int descriptor, std::chrono::milliseconds duration) {
     const int milliseconds = static_cast<int>(duration.count());
-    const pid_t child = descriptor < 0 ? -1 : ::_Fork();
-    if (child == 0) {
-        if (::_Fork() == 0) {
-            hold(descriptor, milliseconds);
-        }
-        endCopy();
-    }
-    if (child > 0) {
-        waitForProcess(child);
+    if (descriptor >= 0) {
+        runInCopy([=] {
+            if (::_Fork() == 0) {
+                hold(descriptor, milliseconds);
+            }
+        });
     }
 }
 

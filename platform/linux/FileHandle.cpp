@@ -30,9 +30,19 @@ std::optional<struct stat> statusOf(int descriptor) {
     return ::fstat(descriptor, &status) == 0 ? std::optional(status) : std::nullopt;
 }
 
+bool isRegularFile(const std::string& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
 } // namespace
 
+// Opening a pipe or a device is felt by others, so it is not tried; what was opened may be another
+// file by then.
 Descriptor openRegularFile(const std::string& path) {
+    if (!isRegularFile(path)) {
+        return {};
+    }
     Descriptor file(openForReading(path, O_NONBLOCK));
     const auto status = statusOf(file.number());
     return status && S_ISREG(status->st_mode) ? std::move(file) : Descriptor();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -35,9 +36,12 @@ struct SpawnResult {
 /// Starts the program as no child of this process, so that nobody has to wait for it. Any thread.
 void spawnDetached(const SpawnRequest& request);
 
-/// Ends this process, a copy that `_Fork` made, at once. A checker that stands before the C
-/// library's way out would wait there for threads that the copy does not have.
-[[noreturn]] void endCopy();
+/// Runs `action` in a copy of this process that ends with it, and waits for that. Its signals are
+/// blocked, so no handler of this process's own runs there, and its end is for nobody else to see:
+/// it sends no signal, and those who wait for just any child do not get it. As the copy has this
+/// thread alone, `action` may call only what is safe in a signal handler. Nothing happens when no
+/// process can be made. Any thread.
+void runInCopy(const std::function<void()>& action);
 
 /// Waits until `process`, a child, ends. Answers its exit status or the number of the signal that
 /// ended it; nullopt when the system keeps no status of it. Any thread.

@@ -2,6 +2,7 @@
 #include "platform/linux/Utf16.h"
 
 #include "platform/linux/ByteOrder.h"
+#include "platform/linux/Utf8.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -35,27 +36,6 @@ char32_t joined(char32_t high, char32_t low) {
     return 0x10000 + ((high - 0xD800) << 10U) + (low - 0xDC00);
 }
 
-void append(std::string& text, char32_t character) {
-    const auto continuation = [&text, character](unsigned shift) {
-        text.push_back(static_cast<char>(0x80U | ((character >> shift) & 0x3FU)));
-    };
-    if (character < 0x80) {
-        text.push_back(static_cast<char>(character));
-    } else if (character < 0x800) {
-        text.push_back(static_cast<char>(0xC0U | (character >> 6U)));
-        continuation(0);
-    } else if (character < 0x10000) {
-        text.push_back(static_cast<char>(0xE0U | (character >> 12U)));
-        continuation(6);
-        continuation(0);
-    } else {
-        text.push_back(static_cast<char>(0xF0U | (character >> 18U)));
-        continuation(12);
-        continuation(6);
-        continuation(0);
-    }
-}
-
 } // namespace
 
 std::string utf8FromUtf16(std::span<const std::byte> field, std::endian order) {
@@ -63,11 +43,11 @@ std::string utf8FromUtf16(std::span<const std::byte> field, std::endian order) {
     std::string text;
     for (std::size_t i = 0; i < units.size(); ++i) {
         if (isHighSurrogate(units[i]) && i + 1 < units.size() && isLowSurrogate(units[i + 1])) {
-            append(text, joined(units[i], units[i + 1]));
+            appendUTF8(text, joined(units[i], units[i + 1]));
             ++i;
         } else {
             const bool isHalf = isHighSurrogate(units[i]) || isLowSurrogate(units[i]);
-            append(text, isHalf ? replacement : units[i]);
+            appendUTF8(text, isHalf ? replacement : units[i]);
         }
     }
     return text;

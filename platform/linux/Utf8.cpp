@@ -65,4 +65,25 @@ std::string replacingInvalidUTF8(std::string_view text) {
     return result;
 }
 
+void appendUTF8(std::string& text, char32_t character) {
+    const auto continuation = [&text, character](unsigned shift) {
+        text.push_back(static_cast<char>(0x80U | ((character >> shift) & 0x3FU)));
+    };
+    if (character < 0x80) {
+        text.push_back(static_cast<char>(character));
+    } else if (character < 0x800) {
+        text.push_back(static_cast<char>(0xC0U | (character >> 6U)));
+        continuation(0);
+    } else if (character < 0x10000) {
+        text.push_back(static_cast<char>(0xE0U | (character >> 12U)));
+        continuation(6);
+        continuation(0);
+    } else {
+        text.push_back(static_cast<char>(0xF0U | (character >> 18U)));
+        continuation(12);
+        continuation(6);
+        continuation(0);
+    }
+}
+
 } // namespace platform

@@ -13,4 +13,7 @@ namespace platform {
 /// recommends it: one for each longest beginning of a character.
 [[nodiscard]] std::string replacingInvalidUTF8(std::string_view text);
 
+/// Appends a character, which is no surrogate and not beyond U+10FFFF, to UTF-8.
+void appendUTF8(std::string& text, char32_t character);
+
 } // namespace platform

@@ -168,6 +168,12 @@ TEST(Cbor, RefusesWhatItNeverWrites) {
         {},                                                            // nothing
         bytes({0x00, 0x00}),                                           // something left over
         bytes({0x18}),                                                 // a number cut off
+        bytes({0x18, 0x17}),                                           // one longer than it need be
+        bytes({0x19, 0x00, 0xFF}),                                     // and in two bytes
+        bytes({0x3A, 0x00, 0x00, 0xFF, 0xFF}),                         // and in four, below zero
+        bytes({0x1B, 0, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF}),             // and in eight
+        bytes({0x78, 0x01, 0x61}),                                     // a text's length likewise
+        bytes({0x99, 0x00, 0x00}),                                     // and a list's
         bytes({0x1B, 0, 0, 0, 0, 0, 0, 0}),                            // a long one
         bytes({0x3B, 0x80, 0, 0, 0, 0, 0, 0, 0}),                      // below the least integer
         bytes({0x41, 0x61}),                                           // bytes

@@ -38,6 +38,25 @@ struct Sample {
 };
 
 constexpr std::array samples{
+    Sample{"xmp.jpg",
+           "12x8 8 RGB count=1 tiff model=Camera & lens copyright=© Someone exif f=4 iso=400 "
+           "date=2023:07:14 18:30:05 gps latitude=48.5 ref=N longitude=2.25 ref=W"},
+    Sample{"xmp.png",
+           "12x8 8 Gray alpha=no count=1 tiff model=Camera & lens copyright=© Someone exif f=4 "
+           "iso=400 date=2023:07:14 18:30:05 gps latitude=48.5 ref=N longitude=2.25 ref=W"},
+    Sample{
+        "xmp.tif",
+        "12x8 16 RGB dpi=300x150 alpha=no count=1 tiff model=Camera & lens copyright=© Someone "
+        "exif f=4 iso=400 date=2023:07:14 18:30:05 gps latitude=48.5 ref=N longitude=2.25 ref=W"},
+    Sample{"xmp.webp",
+           "12x8 8 RGB alpha=no count=1 tiff model=Camera & lens copyright=© Someone exif f=4 "
+           "iso=400 date=2023:07:14 18:30:05 gps latitude=48.5 ref=N longitude=2.25 ref=W"},
+    Sample{"xmp.heic",
+           "64x48 8 RGB alpha=no count=1 tiff model=Camera & lens copyright=© Someone exif f=4 "
+           "iso=400 date=2023:07:14 18:30:05 gps latitude=48.5 ref=N longitude=2.25 ref=W"},
+    Sample{"xmp.psd",
+           "12x8 16 RGB alpha=no count=1 tiff model=Camera & lens copyright=© Someone exif f=4 "
+           "iso=400 date=2023:07:14 18:30:05 gps latitude=48.5 ref=N longitude=2.25 ref=W"},
     Sample{"large.psb", "12x8 16 RGB dpi=300x150 alpha=no count=1"},
     Sample{"camera.psd",
            "12x8 16 RGB profile=Test RGB dpi=72x72 alpha=no count=1 tiff make=Maker model=Camera 1 "
@@ -109,7 +128,7 @@ constexpr std::array samples{
     Sample{"rgba.png", "12x8 8 RGB alpha=yes count=1"},
     Sample{"graya.png", "12x8 16 Gray alpha=yes count=1"},
     Sample{"palette4.png", "12x8 4 RGB alpha=no count=1"},
-    Sample{"transparent.png", "12x8 4 RGB alpha=no count=1"},
+    Sample{"transparent.png", "12x8 8 Gray alpha=yes count=1"},
     Sample{"72.png", "12x8 16 RGB dpi=72x72 alpha=no count=1"},
     Sample{"300.png", "12x8 16 RGB dpi=300x300 alpha=no count=1"},
     Sample{"srgb.png", "12x8 8 Gray profile=sRGB IEC61966-2.1 alpha=no count=1"},
@@ -134,6 +153,32 @@ constexpr std::array samples{
     Sample{"565.bmp", "12x8 5 RGB profile=sRGB IEC61966-2.1 alpha=no count=1"},
     Sample{"one.ico", "12x8 8 RGB alpha=yes count=1"},
     Sample{"three.ico", "256x256 8 RGB alpha=yes count=3"},
+    Sample{
+        "nikon.nef",
+        "6048x4032 14 RGB count=1 tiff make=NIKON CORPORATION model=Camera 1 software=Firmware 1.0 "
+        "copyright=© Someone exif lens=Lens 24-70 time=0.004 f=2.8 iso=400 length=35 length35=52 "
+        "date=2023:07:14 18:30:05 gps latitude=48.8584 ref=N longitude=2.2945 ref=E"},
+    Sample{
+        "sony.arw",
+        "6048x4032 14 RGB count=1 tiff make=SONY model=Camera 1 software=Firmware 1.0 copyright=© "
+        "Someone exif lens=Lens 24-70 time=0.004 f=2.8 iso=400 length=35 length35=52 "
+        "date=2023:07:14 18:30:05 gps latitude=48.8584 ref=N longitude=2.2945 ref=E"},
+    Sample{
+        "adobe.dng",
+        "6048x4032 14 RGB count=1 tiff make=Maker model=Camera 1 software=Firmware 1.0 copyright=© "
+        "Someone exif lens=Lens 24-70 time=0.004 f=2.8 iso=400 length=35 length35=52 "
+        "date=2023:07:14 18:30:05 gps latitude=48.8584 ref=N longitude=2.2945 ref=E"},
+    Sample{
+        "plain.raw",
+        "6048x4032 14 RGB count=1 tiff make=Maker model=Camera 1 software=Firmware 1.0 copyright=© "
+        "Someone exif lens=Lens 24-70 time=0.004 f=2.8 iso=400 length=35 length35=52 "
+        "date=2023:07:14 18:30:05 gps latitude=48.8584 ref=N longitude=2.2945 ref=E"},
+    Sample{
+        "canon.cr2",
+        "5184x3456 -1 RGB count=1 tiff make=Canon model=Camera 1 software=Firmware 1.0 copyright=© "
+        "Someone exif lens=Lens 24-70 time=0.004 f=2.8 iso=400 length=35 length35=52 "
+        "date=2023:07:14 18:30:05 gps latitude=48.8584 ref=N longitude=2.2945 ref=E"},
+    Sample{"layer.xcf", "12x8 8 RGB dpi=300x150 alpha=yes count=1"},
 };
 
 std::filesystem::path pathOf(const char* name) {
@@ -267,6 +312,9 @@ TEST_F(ImageReader, SaysNothingWrongOfFilesThatAreCutOff) {
 }
 
 TEST_F(ImageReader, NeedsNothingButTheDescriptorOnceItIsPrepared) {
+#ifdef QM_IS_SANITIZED
+    GTEST_SKIP() << "sanitizers make calls of their own";
+#endif
     std::vector<platform::Descriptor> files;
     for (const Sample& sample : samples) {
         files.emplace_back(::open(pathOf(sample.name).c_str(), O_RDONLY | O_CLOEXEC));

@@ -42,7 +42,7 @@ TEST(ConfinedMediaWorker, HasGivenUpItsRights) {
     const std::string status = contentsOf(folder + "/status");
     const std::string limits = contentsOf(folder + "/limits");
     EXPECT_EQ(lineOf(status, "NoNewPrivs:"), "1");
-    EXPECT_EQ(lineOf(limits, "Max core file size"), "0 0 bytes");
+    EXPECT_EQ(lineOf(limits, "Max core file size"), "1 1 bytes");
     EXPECT_EQ(lineOf(limits, "Max file size"), "0 0 bytes");
     EXPECT_EQ(lineOf(limits, "Max open files"), "16 16 files");
     EXPECT_EQ(std::filesystem::read_symlink(folder + "/cwd"), "/");
@@ -89,12 +89,13 @@ TEST_P(RefusedMediaCall, IsNotPermitted) {
     EXPECT_EQ(askMediaWorker(worker, "width 2"), 2);
 }
 
-INSTANTIATE_TEST_SUITE_P(Calls, RefusedMediaCall,
-                         ::testing::Values("open /etc/passwd", "create /tmp/qm-made", "write",
-                                           "unlink /tmp/qm-none", "truncate", "socket",
-                                           "local-socket", "exec", "fork", "kill", "trace",
-                                           "close-socket", "close-lifeline", "signal-lifeline",
-                                           "code"));
+INSTANTIATE_TEST_SUITE_P(
+    Calls, RefusedMediaCall,
+    ::testing::Values("open /etc/passwd", "create /tmp/qm-made", "write", "unlink /tmp/qm-none",
+                      "truncate", "socket", "local-socket", "exec", "fork", "kill", "trace",
+                      "close-socket", "close-lifeline", "close-socket-otherwise",
+                      "close-lifeline-otherwise", "signal-lifeline", "copy-lifeline",
+                      "silence-lifeline", "process-option", "code", "later-code", "merged-memory"));
 
 class LimitedMediaMemory : public RefusedMediaCall {};
 

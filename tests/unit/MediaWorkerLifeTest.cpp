@@ -7,15 +7,18 @@
 #include "tests/unit/support/Waiting.h"
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <functional>
+#include <new>
 #include <thread>
 #include <utility>
 
 #include <unistd.h>
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/wait.h>
 
 namespace {
@@ -147,6 +150,98 @@ TEST(MediaWorkerLife, IsNothingToWaitFor) {
     EXPECT_EQ(errno, ECHILD);
 }
 
+std::atomic<int> signalsReceived = 0;
+static_assert(std::atomic<int>::is_always_lock_free);
+
+/// Counts the signals `number` that arrive; what they interrupt is not resumed.
+class SignalCount {
+public:
+    explicit SignalCount(int number)
+        : m_number(number) {
+        struct sigaction action {};
+        action.sa_handler = [](int /*number*/) { ++signalsReceived; };
+        EXPECT_EQ(::sigaction(m_number, &action, &m_before), 0);
+    }
+    SignalCount(const SignalCount&) = delete;
+    SignalCount& operator=(const SignalCount&) = delete;
+    SignalCount(SignalCount&&) = delete;
+    SignalCount& operator=(SignalCount&&) = delete;
+    ~SignalCount() { ::sigaction(m_number, &m_before, nullptr); }
+
+private:
+    int m_number;
+    struct sigaction m_before {};
+};
+
+TEST(MediaWorkerLife, SendsNoSignals) {
+    const SignalCount count(SIGCHLD);
+    MediaWorker worker(settingsOfMediaWorker());
+    EXPECT_EQ(askMediaWorker(worker, "abort"), std::nullopt);
+    EXPECT_EQ(askMediaWorker(worker, "width 1"), 1);
+    EXPECT_EQ(signalsReceived, 0);
+}
+
+TEST(MediaWorkerLife, IsStartedAlsoWhereNobodyWaitsForChildren) {
+    const auto before = std::signal(SIGCHLD, SIG_IGN);
+    MediaWorker worker(settingsOfMediaWorker());
+    EXPECT_EQ(askMediaWorker(worker, "abort"), std::nullopt);
+    EXPECT_EQ(askMediaWorker(worker, "width 1"), 1);
+    static_cast<void>(std::signal(SIGCHLD, before));
+}
+
+/// Memory that this process and its copies share.
+struct SharedCounts {
+    std::atomic<pid_t> application = 0;
+    std::atomic<int> inApplication = 0;
+    std::atomic<int> elsewhere = 0;
+};
+SharedCounts* sharedCounts = nullptr;
+
+// Starts processes over and over in an application whose handler also counts in which process it
+// runs.
+bool startMany() {
+    constexpr int rounds = 20;
+    struct sigaction action {};
+    action.sa_handler = [](int /*number*/) {
+        const bool isApplication = ::getpid() == sharedCounts->application;
+        ++(isApplication ? sharedCounts->inApplication : sharedCounts->elsewhere);
+    };
+    ::sigaction(SIGWINCH, &action, nullptr);
+    ::setpgid(0, 0);
+    sharedCounts->application = ::getpid();
+    bool isRight = true;
+    for (int round = 0; round < rounds; ++round) {
+        MediaWorker worker(settingsOfMediaWorker());
+        isRight = askMediaWorker(worker, "width 1") == 1 && isRight;
+    }
+    return isRight;
+}
+
+// As those that a terminal sends to all that run in it.
+TEST(MediaWorkerLife, BeginsUndisturbedBySignalsToTheApplication) {
+    void* const memory = ::mmap(nullptr, sizeof(SharedCounts), PROT_READ | PROT_WRITE,
+                                MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    sharedCounts = new (memory) SharedCounts;
+    const Pipe pipe;
+    std::atomic<bool> isDone = false;
+    Copy application([&] { pipe.write(startMany() ? 1 : 0); });
+    std::thread sender([&] {
+        while (!isDone) {
+            if (sharedCounts->application != 0) {
+                ::kill(-sharedCounts->application, SIGWINCH);
+            }
+            std::this_thread::sleep_for(50us);
+        }
+    });
+    EXPECT_EQ(pipe.read(), 1);
+    isDone = true;
+    sender.join();
+    EXPECT_GT(sharedCounts->inApplication, 0);
+    EXPECT_EQ(sharedCounts->elsewhere, 0);
+    ::munmap(memory, sizeof(SharedCounts));
+}
+
 TEST(MediaWorkerLife, IsTheSameAfterACopyWasMade) {
     MediaWorker worker(settingsOfMediaWorker());
     const auto process = askMediaWorker(worker, "pid");
@@ -178,6 +273,32 @@ TEST(MediaWorkerLife, IsFreeInACopyThatWasMadeWhileItWasBusy) {
     copy.wait();
     busy.join();
     EXPECT_EQ(askMediaWorker(worker, "width 2"), 2);
+}
+
+std::int64_t openSockets() {
+    std::int64_t count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code ignored;
+        const auto target = std::filesystem::read_symlink(entry.path(), ignored);
+        count += target.string().starts_with("socket:") ? 1 : 0;
+    }
+    return count;
+}
+
+TEST(MediaWorkerLife, IsNothingOfACopyThatWasMadeWhileItStarted) {
+    const TemporaryFolder folder;
+    auto settings = settingsOfMediaWorker();
+    settings.program = folder.link("silent", QM_TEST_MEDIA_WORKER);
+    settings.limits.starting = 2s;
+    MediaWorker worker(settings);
+    const std::int64_t before = openSockets();
+    std::thread busy([&] { EXPECT_EQ(askMediaWorker(worker, "width 1"), std::nullopt); });
+    EXPECT_TRUE(eventually([&] { return openSockets() > before; }));
+    const Pipe pipe;
+    Copy copy([&] { pipe.write(openSockets()); });
+    EXPECT_EQ(pipe.read(), before);
+    copy.wait();
+    busy.join();
 }
 
 TEST(MediaWorkerLife, OutlivesNoDescriptors) {

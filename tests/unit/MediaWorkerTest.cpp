@@ -1,14 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/worker/MediaWorker.h"
 
+#include "platform/linux/RegularFile.h"
 #include "platform/linux/worker/Confinement.h"
 #include "tests/unit/support/MediaWorkerOnDemand.h"
 #include "tests/unit/support/Waiting.h"
 
 #include <atomic>
 #include <csignal>
+#include <ctime>
 #include <mutex>
 #include <set>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -103,6 +106,18 @@ TEST(MediaWorker, GivesUpFilesThatTakeTheProcessorForTooLong) {
     EXPECT_EQ(askMediaWorker(worker, "width 2"), 2);
 }
 
+TEST(MediaWorker, CountsProcessorTimeForEachFileAnew) {
+    auto settings = settingsOfMediaWorker();
+    settings.limits.processor = 500ms;
+    MediaWorker worker(settings);
+    const auto process = askMediaWorker(worker, "pid");
+    ASSERT_TRUE(process);
+    for (int file = 0; file < 4; ++file) {
+        EXPECT_EQ(askMediaWorker(worker, "work 200000"), 1);
+    }
+    EXPECT_EQ(askMediaWorker(worker, "pid"), process);
+}
+
 TEST(MediaWorker, GivesUpFilesThatTakeTooLongAtAll) {
     auto settings = settingsOfMediaWorker();
     MediaWorker patient(settings);
@@ -126,6 +141,21 @@ TEST(MediaWorker, ReplacesAProcessThatEndedWhileItWaited) {
 TEST(MediaWorker, DoesNotBlameAFileForTheDamageOfAnother) {
     MediaWorker worker(settingsOfMediaWorker());
     EXPECT_EQ(askMediaWorker(worker, "poison"), 1);
+    EXPECT_EQ(askMediaWorker(worker, "width 2"), 2);
+}
+
+TEST(MediaWorker, DoesNotBlameAFileForAnAnswerTooMany) {
+    MediaWorker worker(settingsOfMediaWorker());
+    EXPECT_EQ(askMediaWorker(worker, "twice"), 1);
+    EXPECT_EQ(askMediaWorker(worker, "width 2"), 2);
+}
+
+TEST(MediaWorker, SurvivesReadersThatThrow) {
+    MediaWorker worker(settingsOfMediaWorker());
+    const TemporaryFolder folder;
+    const auto file = platform::openRegularFile(folder.file("image", "width 1"));
+    const auto read = [](platform::DataView) -> bool { throw std::runtime_error("no memory"); };
+    EXPECT_THROW(static_cast<void>(worker.ask({}, file.number(), read)), std::runtime_error);
     EXPECT_EQ(askMediaWorker(worker, "width 2"), 2);
 }
 
@@ -227,6 +257,54 @@ TEST(MediaWorker, WaitsBeforeItStartsAProgramThatDidNotServeAgain) {
     static_cast<void>(folder.link("program", QM_TEST_MEDIA_WORKER));
     EXPECT_EQ(askMediaWorker(patient, "width 1"), std::nullopt);
     EXPECT_EQ(askMediaWorker(eager, "width 1"), 1);
+}
+
+TEST(MediaWorker, TellsEveryoneWhoWaitsThatThereIsNoProgramAnyMore) {
+    const TemporaryFolder folder;
+    auto settings = settingsOfMediaWorker();
+    settings.program = folder.link("program", QM_TEST_MEDIA_WORKER);
+    settings.limits.wall = 1s;
+    MediaWorker worker(settings);
+    EXPECT_EQ(askMediaWorker(worker, "width 1"), 1);
+    std::filesystem::remove(settings.program);
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 5; ++thread) {
+        threads.emplace_back([&] { EXPECT_EQ(askMediaWorker(worker, "wait"), std::nullopt); });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+std::chrono::nanoseconds processorTimeOf(std::int64_t process) {
+    clockid_t clock = -1;
+    timespec used{};
+    EXPECT_EQ(::clock_getcpuclockid(static_cast<pid_t>(process), &clock), 0);
+    EXPECT_EQ(::clock_gettime(clock, &used), 0);
+    return std::chrono::seconds(used.tv_sec) + std::chrono::nanoseconds(used.tv_nsec);
+}
+
+// Has a file read while the only process is busy, and another one, `program`, is of no use.
+void expectPatienceWithout(const std::string& program) {
+    const TemporaryFolder folder;
+    auto settings = settingsOfMediaWorker();
+    settings.program = folder.link("program", QM_TEST_MEDIA_WORKER);
+    settings.processes = 2;
+    MediaWorker worker(settings);
+    const auto process = askMediaWorker(worker, "pid");
+    ASSERT_TRUE(process);
+    std::filesystem::remove(settings.program);
+    static_cast<void>(folder.link("program", program));
+    const auto before = processorTimeOf(*process);
+    std::thread busy([&] { EXPECT_EQ(askMediaWorker(worker, "work 1000000"), 1); });
+    EXPECT_TRUE(eventually([&] { return processorTimeOf(*process) > before + 100ms; }));
+    EXPECT_EQ(askMediaWorker(worker, "width 2"), 2);
+    busy.join();
+}
+
+TEST(MediaWorker, WaitsForABusyProcessWhereNoOtherCanBeStarted) {
+    expectPatienceWithout("/none");
+    expectPatienceWithout("/bin/true");
 }
 
 TEST(MediaWorker, StartsAProgramAsSoonAsItIsThere) {

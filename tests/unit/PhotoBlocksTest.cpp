@@ -163,6 +163,26 @@ TEST_F(PhotoBlocks, HideMetadataInXmlFromTheLibrary) {
     EXPECT_EQ(block.find("\xBC\x02"), std::string::npos);
 }
 
+TEST_F(PhotoBlocks, HaveTheXmpPacketInTheirFirstDirectory) {
+    EXPECT_EQ(saidOf({tiffText(makeTag, "Maker"),
+                      tiffText(xmpTag, "<rdf:RDF><rdf:Description tiff:Make='Other' "
+                                       "tiff:Model='Model'/></rdf:RDF>")}),
+              " tiff make=Maker model=Model exif");
+}
+
+TEST_F(PhotoBlocks, DoNotCopyFieldsOfManyMegabytes) {
+    constexpr std::uint16_t layersTag = 37724;
+    constexpr std::size_t most = 4U << 20U;
+    const auto isThere = [](std::size_t length) {
+        std::string block =
+            tiffBytes({tiffText(makeTag, "Maker"), tiffText(layersTag, std::string(length, 'x'))});
+        const auto tags = PhotoTags::decode(std::as_writable_bytes(std::span(block)));
+        return tags && tags->text("Exif.Image.Make") && tags->hasField("Exif.Image.0x935c");
+    };
+    EXPECT_TRUE(isThere(most));
+    EXPECT_FALSE(isThere(most + 1));
+}
+
 TEST_F(PhotoBlocks, SurviveDamageAtEveryByte) {
     const std::string whole = tiffBytes(
         {tiffText(makeTag, "Canon"), tiffText(modelTag, "Model of a camera"),
@@ -218,6 +238,16 @@ TEST_F(PhotoBlocks, FindResourcesByTheirNumber) {
                                   .big(0, 2)
                                   .big(3, 4)
                                   .text("two\0"sv)
+                                  .text("MeSa")
+                                  .big(8, 2)
+                                  .big(0, 2)
+                                  .big(4, 4)
+                                  .text("mesa")
+                                  .text("8BIM")
+                                  .big(6, 2)
+                                  .big(0, 2)
+                                  .big(4, 4)
+                                  .text("last")
                                   .text("8BIM")
                                   .big(9, 2)
                                   .big(0, 2)
@@ -233,6 +263,8 @@ TEST_F(PhotoBlocks, FindResourcesByTheirNumber) {
     };
     EXPECT_EQ(found(7, bytes.size()), "one");
     EXPECT_EQ(found(1028, bytes.size()), "two");
+    EXPECT_EQ(found(6, bytes.size()), "last");
+    EXPECT_EQ(found(8, bytes.size()), "none");
     EXPECT_EQ(found(9, bytes.size()), "none");
     EXPECT_EQ(found(5, bytes.size()), "none");
     for (std::size_t length = 0; length < bytes.size(); ++length) {

@@ -92,12 +92,12 @@ TEST_F(QMMetadataServiceExtraction, TellsWhatPicturesSay) {
         image.exif.emplace().dateTimeOriginal = std::move(date);
         return std::optional(std::move(image));
     };
-    const auto service = QMMetadataService::init({nullptr, read});
+    const auto reader = QMMetadataService::init({nullptr, read});
     std::map<std::string, std::size_t> answers;
     std::size_t done = 0;
     constexpr std::size_t files = 64;
     for (std::size_t i = 0; i < files; ++i) {
-        service->extractMetadataForFileItem(
+        reader->extractMetadataForFileItem(
             item(folder.file(std::to_string(i).append(".JPG"))), [&](const Result& result) {
                 EXPECT_EQ(result->category, QMMetadataCategoryImageRaster);
                 for (const auto& entry : *result->entries) {

@@ -58,6 +58,11 @@ TEST_F(RawPhoto, OfACr2HasTheSizeThatTheCameraNames) {
     EXPECT_EQ(read(tiffBytes(first, "CR\2\0\0\0\0\0"sv)), "5184x3456 -1 RGB count=1 tiff exif");
 }
 
+TEST_F(RawPhoto, OfACr2HasNotTheDepthOfThePictureForALook) {
+    const TiffDirectory first = imageOf(0, 2048, 1360, 8, rgb);
+    EXPECT_EQ(read(tiffBytes(first, "CR\2\0\0\0\0\0"sv)), "2048x1360 -1 RGB count=1 tiff");
+}
+
 TEST_F(RawPhoto, HasTheSizeOfTheExifBlockWhenNoDirectoryHasOne) {
     const TiffDirectory first{
         tiffDirectories(330, {{tiffShorts(262, {colorFilterArray})}}),

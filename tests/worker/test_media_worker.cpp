@@ -25,7 +25,9 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <sys/ioctl.h>
 #include <sys/mman.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 
@@ -137,12 +139,30 @@ Answer room(const Job& /*job*/) {
     return imageOfWidth(count);
 }
 
+constexpr std::size_t pageSize = 4096;
+
+void* page(int protection) {
+    return ::mmap(nullptr, pageSize, protection, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+}
+
 Answer code(const Job& /*job*/) {
-    constexpr std::size_t size = 4096;
-    return outcome(::mmap(nullptr, size, PROT_READ | PROT_WRITE | PROT_EXEC,
-                          MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) == MAP_FAILED
-                       ? -1
-                       : 0);
+    return outcome(page(PROT_READ | PROT_WRITE | PROT_EXEC) == MAP_FAILED ? -1 : 0);
+}
+
+// Code out of what was none.
+Answer laterCode(const Job& /*job*/) {
+    return call(SYS_mprotect, page(PROT_READ | PROT_WRITE), pageSize, PROT_READ | PROT_EXEC);
+}
+
+// Memory that is compared with that of other processes.
+Answer mergedMemory(const Job& /*job*/) {
+    return call(SYS_madvise, page(PROT_READ | PROT_WRITE), pageSize, MADV_MERGEABLE);
+}
+
+// The kernel looks at the lower half alone of what stands for a descriptor.
+Answer closeByAnotherNumber(int descriptor) {
+    constexpr unsigned half = 32;
+    return call(SYS_close, (1UL << half) | static_cast<unsigned>(descriptor));
 }
 
 void sendMessage(DataView head, DataView value) {
@@ -181,6 +201,12 @@ Answer huge(const Job& job) {
 Answer value(const Job& job) {
     sendAnswer(job.request.number, platform::bytesOf(job.argument));
     return std::nullopt;
+}
+
+// One answer too many: it comes before the one to the next request.
+Answer twice(const Job& job) {
+    sendAnswer(job.request.number, platform::worker::encodedImageProperties(*imageOfWidth(1)));
+    return imageOfWidth(1);
 }
 
 Answer wrongNumber(const Job& job) {
@@ -233,10 +259,13 @@ const std::map<std::string_view, std::function<Answer(const Job&)>> words{
     {"memory", memory},
     {"room", room},
     {"code", code},
+    {"later-code", laterCode},
+    {"merged-memory", mergedMemory},
     {"garbage", garbage},
     {"half", half},
     {"huge", huge},
     {"value", value},
+    {"twice", twice},
     {"wrong-number", wrongNumber},
     {"present", present},
     {"open",
@@ -258,6 +287,15 @@ const std::map<std::string_view, std::function<Answer(const Job&)>> words{
     {"trace", [](const Job&) { return call(SYS_ptrace, 0, 0, 0, 0); }},
     {"close-socket", [](const Job&) { return call(SYS_close, 0); }},
     {"close-lifeline", [](const Job&) { return call(SYS_close, 1); }},
+    {"close-socket-otherwise", [](const Job&) { return closeByAnotherNumber(0); }},
+    {"close-lifeline-otherwise", [](const Job&) { return closeByAnotherNumber(1); }},
+    {"copy-lifeline", [](const Job&) { return call(SYS_fcntl, 1, F_DUPFD, 0); }},
+    {"silence-lifeline",
+     [](const Job&) {
+         int off = 0;
+         return call(SYS_ioctl, 1, FIOASYNC, &off);
+     }},
+    {"process-option", [](const Job&) { return call(SYS_prctl, PR_GET_DUMPABLE, 0, 0, 0, 0); }},
     {"signal-lifeline", [](const Job&) { return call(SYS_fcntl, 1, F_SETSIG, 0); }},
 };
 

@@ -9,8 +9,10 @@
 #include "platform/linux/media/PhotoBlocks.h"
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <span>
+#include <string_view>
 
 #include <libheif/heif.h>
 
@@ -90,19 +92,31 @@ bool isMarkedAsSRGB(const Handle& image) {
            marks->transfer_characteristics == heif_transfer_characteristic_IEC_61966_2_1;
 }
 
-// The block of the first Exif item: its first four bytes say how far behind them it begins.
-Data exifOf(const Handle& image) {
-    heif_item_id item = 0;
-    const int count =
-        ::heif_image_handle_get_list_of_metadata_block_IDs(image.get(), "Exif", &item, 1);
-    const std::size_t size =
-        count == 1 ? ::heif_image_handle_get_metadata_size(image.get(), item) : 0;
-    constexpr std::size_t offsetSize = 4;
-    if (size <= offsetSize || size > maximumBlockSize) {
-        return {};
+// The bytes of the first item of that type and, if it has several, that kind of content; empty
+// without one or when it is too large.
+Data itemOf(const Handle& image, const char* type, std::string_view content) {
+    constexpr std::size_t mostItems = 16;
+    std::array<heif_item_id, mostItems> items{};
+    const int count = ::heif_image_handle_get_list_of_metadata_block_IDs(
+        image.get(), type, items.data(), static_cast<int>(items.size()));
+    for (const heif_item_id item : std::span(items).first(static_cast<std::size_t>(count))) {
+        const char* const kind = ::heif_image_handle_get_metadata_content_type(image.get(), item);
+        const std::size_t size = ::heif_image_handle_get_metadata_size(image.get(), item);
+        if ((kind == nullptr ? "" : kind) != content || size > maximumBlockSize) {
+            continue;
+        }
+        Data bytes(size);
+        return isGood(::heif_image_handle_get_metadata(image.get(), item, bytes.data())) ? bytes
+                                                                                         : Data();
     }
-    Data block(size);
-    if (!isGood(::heif_image_handle_get_metadata(image.get(), item, block.data()))) {
+    return {};
+}
+
+// The first four bytes of the item say how far behind them the block begins.
+Data exifOf(const Handle& image) {
+    constexpr std::size_t offsetSize = 4;
+    Data block = itemOf(image, "Exif", "");
+    if (block.size() <= offsetSize) {
         return {};
     }
     const std::size_t start = offsetSize + std::size_t{bigEndian<std::uint32_t>(block, 0)};
@@ -128,6 +142,7 @@ ImageProperties propertiesOf(const Handle& image, const ImageFile& file) {
     if (Data block = exifOf(image); !block.empty()) {
         addExif(block, properties);
     }
+    addXmp(itemOf(image, "mime", "application/rdf+xml"), properties);
     return properties;
 }
 

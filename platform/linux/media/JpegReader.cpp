@@ -3,6 +3,7 @@
 #include "platform/linux/ByteText.h"
 #include "platform/linux/media/ColorProfile.h"
 #include "platform/linux/media/ImageFormats.h"
+#include "platform/linux/media/MultiPicture.h"
 #include "platform/linux/media/PhotoBlocks.h"
 
 #include <algorithm>
@@ -22,7 +23,9 @@ constexpr std::size_t bufferSize = 16U << 10U;
 constexpr std::uint64_t longestHeader = 64U << 20U;
 constexpr int exifSegment = JPEG_APP0 + 1;
 constexpr int profileSegment = JPEG_APP0 + 2;
+constexpr int multiPictureSegment = JPEG_APP0 + 2;
 constexpr int photoshopSegment = JPEG_APP0 + 13;
+constexpr std::string_view xmpMark = "http://ns.adobe.com/xap/1.0/\0"sv; // XMP Specification Part 3
 
 // The library's way of reporting errors is to call a function that must not return. Between the
 // jump and its target no object with a destructor may live.
@@ -184,12 +187,16 @@ std::optional<ImageProperties> readJpeg(const ImageFile& file, bool wantsImageCo
     if (Data block = header.segments(exifSegment, "Exif\0\0"sv); !block.empty()) {
         addExif(block, properties);
     }
+    if (const Data packet = header.segments(exifSegment, xmpMark); !packet.empty()) {
+        addXmp(packet, properties);
+    }
     const Data resources = header.segments(photoshopSegment, "Photoshop 3.0\0"sv);
     if (const auto record = imageResource(resources, iptcResource)) {
         addIptc(*record, properties);
     }
     if (wantsImageCount) {
-        properties.imageCount = 1;
+        Data index = header.segments(multiPictureSegment, "MPF\0"sv);
+        properties.imageCount = pictureCount(index, file.size());
     }
     return properties;
 }

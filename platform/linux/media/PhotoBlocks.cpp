@@ -135,6 +135,9 @@ void addPhotoTags(const PhotoTags& tags, ImageProperties& properties) {
         properties.iptc.emplace().copyrightNotice = imageText(*notice);
     }
     addResolution(tags, properties);
+    if (const auto packet = tags.xmpPacket()) {
+        addXmp(platform::bytesOf(*packet), properties);
+    }
 }
 
 void addExif(std::span<std::byte> block, ImageProperties& properties) {
@@ -165,11 +168,23 @@ void addIptc(DataView record, ImageProperties& properties) {
     properties.iptc.emplace().copyrightNotice = notice ? imageText(*notice) : std::nullopt;
 }
 
+namespace {
+
+// Resources of other programs, which have other marks, stand between those of Photoshop.
+bool isResource(DataView bytes) {
+    constexpr std::array marks{"8BIM"sv, "MeSa"sv, "PHUT"sv, "AgHg"sv, "DCSR"sv};
+    return std::ranges::any_of(
+        marks, [bytes](std::string_view mark) { return hasTextAt(bytes, 0, mark); });
+}
+
+} // namespace
+
 std::optional<DataView> imageResource(DataView resources, std::uint16_t number) {
     constexpr std::size_t headSize = 6; // the signature and the number
     constexpr std::size_t lengthSize = 4;
-    while (resources.size() > headSize && hasTextAt(resources, 0, "8BIM")) {
-        const bool isWanted = bigEndian<std::uint16_t>(resources, 4) == number;
+    while (resources.size() > headSize && isResource(resources)) {
+        const bool isWanted =
+            hasTextAt(resources, 0, "8BIM") && bigEndian<std::uint16_t>(resources, 4) == number;
         // A name of up to 255 bytes with its length before it, padded to an even size.
         const std::size_t nameSize = std::to_integer<std::size_t>(resources[headSize]) + 1;
         const std::size_t head = headSize + nameSize + nameSize % 2;

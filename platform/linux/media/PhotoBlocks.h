@@ -26,6 +26,10 @@ void addPhotoTags(const PhotoTags& tags, ImageProperties& properties);
 /// Takes what an IPTC record says (IPTC-IIM 4.2).
 void addIptc(DataView record, ImageProperties& properties);
 
+/// Takes what an XMP packet says (ISO 16684-1) where Exif, TIFF and GPS have said nothing; so it
+/// comes after their blocks.
+void addXmp(DataView packet, ImageProperties& properties);
+
 /// The bytes of the resource `number` in a sequence of image resources (Adobe Photoshop File
 /// Formats Specification, "Image Resource Blocks"); nullopt without it.
 [[nodiscard]] std::optional<DataView> imageResource(DataView resources, std::uint16_t number);

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <limits>
 #include <map>
 #include <set>
@@ -50,20 +49,27 @@ const Exiv2::byte* libraryBytes(DataView bytes) {
     return reinterpret_cast<const Exiv2::byte*>(bytes.data());
 }
 
-// Where the packet of XMP is named in the first directory of a TIFF structure, the tag is made
-// one that means nothing: the library would parse the packet whenever it sees it, and nobody here
-// asks for what it says. There are as many bytes as a header has.
-void hideXMP(std::span<std::byte> bytes) {
+// Changes what the first directory of a TIFF structure has that the library should not see. The tag
+// of XMP becomes one that means nothing: the library would parse the packet whenever it sees it,
+// and follow its elements as deep as they are nested. Fields of many megabytes, in which Photoshop
+// keeps layers and converters whole files, become empty: the library would copy them twice. There
+// are as many bytes as a header has.
+void hideFields(std::span<std::byte> bytes) {
     constexpr std::size_t entrySize = 12;
+    constexpr std::size_t countOffset = 4;
+    constexpr std::size_t countSize = 4;
+    constexpr std::uint64_t mostElements = 4U << 20U;
     constexpr std::uint16_t xmpTag = 700;
-    const auto order = hasTextAt(bytes, 0, "MM") ? std::endian::big : std::endian::little;
-    const std::uint64_t directory = order == std::endian::big
-                                        ? bigEndian<std::uint32_t>(bytes, 4)
-                                        : littleEndian<std::uint32_t>(bytes, 4);
-    const auto shortAt = [&](std::size_t offset) {
-        return order == std::endian::big ? bigEndian<std::uint16_t>(bytes, offset)
-                                         : littleEndian<std::uint16_t>(bytes, offset);
+    const bool isBig = hasTextAt(bytes, 0, "MM");
+    const auto shortAt = [bytes, isBig](std::size_t offset) {
+        return isBig ? bigEndian<std::uint16_t>(bytes, offset)
+                     : littleEndian<std::uint16_t>(bytes, offset);
     };
+    const auto longAt = [bytes, isBig](std::size_t offset) {
+        return isBig ? bigEndian<std::uint32_t>(bytes, offset)
+                     : littleEndian<std::uint32_t>(bytes, offset);
+    };
+    const std::uint64_t directory = longAt(4);
     if (directory > bytes.size() - 2) {
         return;
     }
@@ -74,6 +80,9 @@ void hideXMP(std::span<std::byte> bytes) {
         const std::size_t entry = first + i * entrySize;
         if (shortAt(entry) == xmpTag) {
             std::ranges::fill(bytes.subspan(entry, 2), std::byte{0xFE});
+        }
+        if (longAt(entry + countOffset) > mostElements) {
+            std::ranges::fill(bytes.subspan(entry + countOffset, countSize), std::byte{0});
         }
     }
 }
@@ -157,7 +166,7 @@ std::optional<PhotoTags> PhotoTags::decode(std::span<std::byte> bytes) {
     if (bytes.size() < headerSize) {
         return std::nullopt;
     }
-    hideXMP(bytes);
+    hideFields(bytes);
     auto fields = std::make_unique<Fields>();
     Exiv2::XmpData ignored;
     try {
@@ -211,6 +220,10 @@ std::vector<std::int64_t> PhotoTags::integers(const std::string& name) const {
         }
     }
     return numbers;
+}
+
+std::optional<std::string> PhotoTags::xmpPacket() const {
+    return text("Exif.Image.0xfefe");
 }
 
 std::optional<std::string> PhotoTags::copyrightNotice() const {

@@ -21,8 +21,9 @@ class PhotoTags {
 public:
     /// Silences the library underneath, and lets it look for the files that it asks for once.
     static void prepare();
-    /// Decodes the structure in `bytes`, which is changed on the way: metadata in XML are hidden
-    /// from the library. nullopt when it is no such structure.
+    /// Decodes the structure in `bytes`, which is changed on the way: metadata in XML and fields of
+    /// more than four million elements are hidden from the library. nullopt when it is no such
+    /// structure.
     [[nodiscard]] static std::optional<PhotoTags> decode(std::span<std::byte> bytes);
 
     PhotoTags(PhotoTags&& other) noexcept;
@@ -44,6 +45,8 @@ public:
     [[nodiscard]] bool isLeftOut(const std::string& name, std::size_t index) const;
     /// The whole numbers of a field, the first 16 at most.
     [[nodiscard]] std::vector<std::int64_t> integers(const std::string& name) const;
+    /// The XMP packet in the first directory.
+    [[nodiscard]] std::optional<std::string> xmpPacket() const;
     /// The bytes of the copyright notice in the IPTC record of a TIFF file.
     [[nodiscard]] std::optional<std::string> copyrightNotice() const;
 

@@ -41,8 +41,12 @@ constexpr std::array plainTypes{headerType,     typeOf("PLTE"), typeOf("tRNS"), 
                                 typeOf("sRGB"), typeOf("pHYs"), typeOf("eXIf"), typeOf("acTL")};
 constexpr std::array textTypes{typeOf("tEXt"), typeOf("zTXt"), typeOf("iTXt")};
 // The keywords of texts that are looked at, each with the NUL behind it.
-constexpr std::array keywords{"Software\0"sv, "Copyright\0"sv, "Raw profile type exif\0"sv,
-                              "Raw profile type APP1\0"sv, "Raw profile type iptc\0"sv};
+constexpr std::array keywords{"Software\0"sv,
+                              "Copyright\0"sv,
+                              "Raw profile type exif\0"sv,
+                              "Raw profile type APP1\0"sv,
+                              "Raw profile type iptc\0"sv,
+                              "XML:com.adobe.xmp\0"sv};
 constexpr std::size_t longestKeyword = 32;
 
 // A number for a keyword that is looked at, so that it can be told from types; 0 for others.

@@ -145,6 +145,7 @@ void addBlocks(const Reader& reader, ImageProperties& properties) {
     }
     const Data iptc = bytesOfProfileText(reader.text("Raw profile type iptc"));
     addIptc(imageResource(iptc, iptcResource).value_or(iptc), properties);
+    addXmp(bytesOf(reader.text("XML:com.adobe.xmp")), properties);
 }
 
 // What an Exif block does not say may stand in a text of the file.

@@ -19,6 +19,7 @@ constexpr std::uint64_t longestResources = 64U << 20U;
 constexpr std::uint16_t resolutionResource = 1005;
 constexpr std::uint16_t profileResource = 1039;
 constexpr std::uint16_t exifResource = 1058;
+constexpr std::uint16_t xmpResource = 1060;
 
 struct Mode {
     std::uint16_t number;
@@ -73,6 +74,9 @@ void addResources(const Data& resources, ImageProperties& properties) {
     if (const auto found = imageResource(resources, exifResource); found && !found->empty()) {
         Data block(found->begin(), found->end());
         addExif(block, properties);
+    }
+    if (const auto packet = imageResource(resources, xmpResource)) {
+        addXmp(*packet, properties);
     }
     if (const auto record = imageResource(resources, iptcResource)) {
         addIptc(*record, properties);

@@ -81,11 +81,14 @@ std::optional<ImageProperties> rawPhotoOf(const PhotoTags& tags, bool isCR2) {
         return std::nullopt;
     }
     ImageProperties properties;
-    if (isCR2) { // the first directory is a picture that the camera has made, in 8 bits
+    if (isCR2) {
         addPhotoSize(tags, properties);
     }
     if (!properties.pixelWidth) {
         addLargest(tags, properties);
+    }
+    if (isCR2) { // the first directory is a picture that the camera has made, in 8 bits
+        properties.depth.reset();
     }
     if (!properties.pixelWidth) {
         addPhotoSize(tags, properties);

@@ -150,6 +150,11 @@ void addTexts(const Tiff& tiff, ImageProperties& properties) {
         properties.tiff = {textOf(tiff, TIFFTAG_MAKE), textOf(tiff, TIFFTAG_MODEL),
                            textOf(tiff, TIFFTAG_SOFTWARE), textOf(tiff, TIFFTAG_COPYRIGHT)};
     }
+    std::uint32_t size = 0;
+    const void* packet = nullptr;
+    if (::TIFFGetField(tiff.get(), TIFFTAG_XMLPACKET, &size, &packet) == 1) {
+        addXmp({static_cast<const std::byte*>(packet), size}, properties);
+    }
 }
 
 std::optional<ImageProperties> propertiesOf(const Tiff& tiff) {

@@ -65,6 +65,7 @@ std::optional<ImageProperties> readWebP(const ImageFile& file, bool wantsImageCo
     if (Data block = chunk(demuxer, "EXIF", maximumBlockSize); !block.empty()) {
         addExif(block, properties);
     }
+    addXmp(chunk(demuxer, "XMP ", maximumBlockSize), properties);
     if (wantsImageCount) {
         properties.imageCount = fact(WEBP_FF_FRAME_COUNT);
     }

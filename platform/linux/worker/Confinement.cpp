@@ -17,6 +17,8 @@
 namespace platform::worker {
 namespace {
 
+constexpr rlim_t descriptorLimit = 16;
+
 /// The filter while it is put together.
 class Filter {
 public:
@@ -45,9 +47,6 @@ private:
 scmp_arg_cmp equals(unsigned argument, std::uint64_t value) {
     return {argument, SCMP_CMP_EQ, value, 0};
 }
-scmp_arg_cmp exceeds(unsigned argument, std::uint64_t value) {
-    return {argument, SCMP_CMP_GT, value, 0};
-}
 scmp_arg_cmp lacks(unsigned argument, std::uint64_t bit) {
     return {argument, SCMP_CMP_MASKED_EQ, bit, 0};
 }
@@ -68,9 +67,13 @@ void allowMemory(Filter& filter) {
     constexpr unsigned protection = 2;
     filter.allow(SCMP_SYS(mmap), lacks(protection, PROT_EXEC));
     filter.allow(SCMP_SYS(mprotect), lacks(protection, PROT_EXEC));
-    for (const int call : {SCMP_SYS(munmap), SCMP_SYS(mremap), SCMP_SYS(brk), SCMP_SYS(madvise),
-                           SCMP_SYS(futex), SCMP_SYS(getrandom)}) {
+    for (const int call : {SCMP_SYS(munmap), SCMP_SYS(mremap), SCMP_SYS(brk), SCMP_SYS(futex),
+                           SCMP_SYS(getrandom)}) {
         filter.allow(call);
+    }
+    // What the C library advises. Other advice reaches beyond this process.
+    for (const int advice : {MADV_DONTNEED, MADV_FREE, MADV_HUGEPAGE}) {
+        filter.allow(SCMP_SYS(madvise), equals(2, static_cast<std::uint64_t>(advice)));
     }
 }
 
@@ -84,14 +87,17 @@ void allowItself(Filter& filter) {
 
 bool filterSystemCalls(int socket, int lifeline) {
     const auto requests = static_cast<std::uint64_t>(socket);
-    const auto lastOfOurs = static_cast<std::uint64_t>(std::max(socket, lifeline));
     Filter filter;
     allowReading(filter);
     allowMemory(filter);
     allowItself(filter);
     filter.allow(SCMP_SYS(recvmsg), equals(0, requests));
     filter.allow(SCMP_SYS(sendmsg), equals(0, requests));
-    filter.allow(SCMP_SYS(close), exceeds(0, lastOfOurs));
+    // One by one, as the kernel ignores the upper half of a number, and the filter does not.
+    for (auto number = static_cast<rlim_t>(std::max(socket, lifeline)) + 1;
+         number < descriptorLimit; ++number) {
+        filter.allow(SCMP_SYS(close), equals(0, number));
+    }
     return filter.load();
 }
 
@@ -113,9 +119,10 @@ bool endWith(int lifeline) {
 }
 
 bool confine(int socket, int lifeline) {
-    constexpr rlim_t descriptors = 16;
-    if (!limit(RLIMIT_CORE, 0) || !limit(RLIMIT_FSIZE, 0) || !limit(RLIMIT_NOFILE, descriptors) ||
-        ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
+    // A program that the system hands cores to would be run at 0: it is no matter of size to that.
+    constexpr rlim_t noCore = 1;
+    if (!limit(RLIMIT_CORE, noCore) || !limit(RLIMIT_FSIZE, 0) ||
+        !limit(RLIMIT_NOFILE, descriptorLimit) || ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0) {
         return false;
     }
     if constexpr (filtersSystemCalls) {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <condition_variable>
 #include <mutex>
+#include <new>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -129,48 +130,79 @@ MediaWorker& MediaWorker::shared(MediaKind kind) {
     return worker;
 }
 
+/// A process while it is asked. Unless it is given back, it is discarded, whatever is thrown.
+class MediaWorker::Lease {
+public:
+    explicit Lease(MediaWorker& worker)
+        : process(worker.take())
+        , m_worker(worker) {}
+    Lease(const Lease&) = delete;
+    Lease& operator=(const Lease&) = delete;
+    Lease(Lease&&) = delete;
+    Lease& operator=(Lease&&) = delete;
+    ~Lease() {
+        if (process) {
+            m_worker.discard(std::move(process));
+        }
+    }
+
+    Process process; ///< null when there is none
+
+private:
+    MediaWorker& m_worker;
+};
+
 bool MediaWorker::ask(const MediaRequest& request, int descriptor, const Reader& reader) {
     using Kind = WorkerProcess::Reply::Kind;
-    Process process = take();
-    if (!process) {
+    Lease lease(*this);
+    if (!lease.process) {
         return false;
     }
-    const bool isNew = process->requests() == 0;
-    WorkerProcess::Reply reply = process->ask(request, descriptor);
-    if (reply.kind == Kind::ended && !isNew) {
-        process = replacementFor(std::move(process));
-        if (!process) {
-            return false;
-        }
-        reply = process->ask(request, descriptor);
+    const auto outcome = [&] {
+        const auto reply = lease.process->ask(request, descriptor);
+        return reply.kind == Kind::value && !reader(reply.value) ? Kind::nonsense : reply.kind;
+    };
+    const bool isNew = lease.process->requests() == 0;
+    Kind kind = outcome();
+    if (!isNew && (kind == Kind::ended || kind == Kind::nonsense)) {
+        lease.process = replacementFor(std::move(lease.process));
+        kind = lease.process ? outcome() : Kind::ended;
     }
-    const bool isAnswered = reply.kind == Kind::value && reader(reply.value);
-    const bool isSound = isAnswered || reply.kind == Kind::nothing;
-    if (isSound && process->requests() < m_settings.requestsPerProcess) {
-        giveBack(std::move(process));
-    } else {
-        discard(std::move(process));
+    const bool isSound = kind == Kind::value || kind == Kind::nothing;
+    if (isSound && lease.process->requests() < m_settings.requestsPerProcess) {
+        giveBack(std::move(lease.process));
     }
-    return isAnswered;
+    return kind == Kind::value;
 }
 
-// The one that was idle for the shortest time, which is the one that caches know best.
+// The one that was idle for the shortest time, which is the one that caches know best. Where none
+// can be started, those that others have taken will come back.
 MediaWorker::Process MediaWorker::take() {
     State& state = *m_state;
     std::unique_lock lock(state.mutex);
-    state.changed.wait(lock,
-                       [&] { return !state.idle.empty() || state.count < m_settings.processes; });
-    if (!state.idle.empty()) {
-        Process process = std::move(state.idle.back());
-        state.idle.pop_back();
-        return process;
+    for (bool mayTry = true;; mayTry = false) {
+        bool starts = false;
+        state.changed.wait(lock, [&] {
+            starts =
+                mayTry && state.idle.empty() && state.count < m_settings.processes && mayStart();
+            return starts || !state.idle.empty() || state.count == 0;
+        });
+        if (!state.idle.empty()) {
+            Process process = std::move(state.idle.back());
+            state.idle.pop_back();
+            return process;
+        }
+        if (!starts) {
+            state.changed.notify_one(); // the next one learns it from this one
+            return nullptr;
+        }
+        ++state.count;
+        lock.unlock();
+        if (Process process = started()) {
+            return process;
+        }
+        lock.lock();
     }
-    if (!mayStart()) {
-        return nullptr;
-    }
-    ++state.count;
-    lock.unlock();
-    return started();
 }
 
 bool MediaWorker::mayStart() const {
@@ -180,16 +212,39 @@ bool MediaWorker::mayStart() const {
 
 // The new process is counted already.
 MediaWorker::Process MediaWorker::started() {
-    Process process = WorkerProcess::start(m_settings.program, m_settings.limits);
+    Process process;
+    try {
+        process = opened();
+        if (process && serves(*process)) {
+            return process;
+        }
+    } catch (const std::bad_alloc&) { // as good as no process
+    }
+    {
+        const std::lock_guard lock(m_state->mutex);
+        m_state->noStartBefore = std::chrono::steady_clock::now() + m_settings.pause;
+    }
+    discard(std::move(process));
+    return nullptr;
+}
+
+// No copy of this process can be made unless it finds in the list what it has to close.
+MediaWorker::Process MediaWorker::opened() {
     const std::lock_guard lock(m_state->mutex);
+    Process process = WorkerProcess::create(m_settings.limits);
     if (process) {
         m_state->all.push_back(process.get());
-    } else {
-        m_state->noStartBefore = std::chrono::steady_clock::now() + m_settings.pause;
-        --m_state->count;
-        m_state->changed.notify_one();
     }
     return process;
+}
+
+bool MediaWorker::serves(WorkerProcess& process) {
+    process.start(m_settings.program);
+    {
+        const std::lock_guard lock(m_state->mutex);
+        process.releaseOtherEnds();
+    }
+    return process.becomesReady();
 }
 
 MediaWorker::Process MediaWorker::replacementFor(Process process) {

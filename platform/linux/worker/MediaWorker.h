@@ -40,17 +40,21 @@ public:
     using Reader = std::function<bool(DataView)>;
     /// Has the file `descriptor`, whose position may move, read as `request` says. False when there
     /// is no answer: the file is nothing of that kind, takes too long or is the end of the process
-    /// that reads it. A process that has read other files before gets no blame put on this one: it
-    /// is read once more by a new one. Blocks, at worst for both limits of time twice over.
+    /// that reads it. When a process that has read other files before ends or answers nonsense, no
+    /// blame is put on this one: it is read once more by a new process, and `reader` may be called
+    /// once more. Blocks, at worst for both limits of time twice over, and for others to finish.
     [[nodiscard]] bool ask(const MediaRequest& request, int descriptor, const Reader& reader);
 
 private:
     struct State;
     class Registry;
+    class Lease;
     using Process = std::unique_ptr<WorkerProcess>;
 
     [[nodiscard]] Process take();
     [[nodiscard]] Process started();
+    [[nodiscard]] Process opened();
+    [[nodiscard]] bool serves(WorkerProcess& process);
     [[nodiscard]] Process replacementFor(Process process);
     void giveBack(Process process);
     void discard(Process process);

@@ -25,21 +25,6 @@ union AncillaryData {
     std::array<char, CMSG_SPACE(sizeof(Item))> space;
 };
 
-struct SocketPair {
-    Descriptor own;
-    Descriptor other;
-
-    [[nodiscard]] bool isOpen() const { return own.number() >= 0 && other.number() >= 0; }
-};
-
-SocketPair socketPair() {
-    std::array<int, 2> ends{-1, -1};
-    if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
-        return {};
-    }
-    return {aboveStandardStreams(Descriptor(ends[0])), aboveStandardStreams(Descriptor(ends[1]))};
-}
-
 void setOption(int socket, int option, int value) {
     ::setsockopt(socket, SOL_SOCKET, option, &value, sizeof value);
 }
@@ -58,31 +43,26 @@ std::optional<pid_t> senderOf(msghdr& message) {
 
 } // namespace
 
-std::unique_ptr<WorkerProcess> WorkerProcess::start(const std::string& program,
-                                                    const TimeLimits& limits) {
-    SocketPair requests = socketPair();
-    SocketPair lifeline = socketPair();
-    if (!requests.isOpen() || !lifeline.isOpen()) {
-        return nullptr;
+WorkerProcess::SocketPair WorkerProcess::socketPair() {
+    std::array<int, 2> ends{-1, -1};
+    if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) {
+        return {};
     }
-    setOption(requests.own.number(), SO_PASSCRED, 1);
-    SpawnRequest request;
-    request.program = program;
-    request.command.push_back(program);
-    request.streams = {requests.other.number(), lifeline.other.number(), SpawnRequest::nullDevice};
-    request.workingDirectory.push_back('/'); // no disk is kept from being unmounted
-    request.startsSession = true;
-    spawnDetached(request);
-    // With the other ends in the process alone, this side learns of its end.
-    requests.other = Descriptor();
-    lifeline.other = Descriptor();
-    std::unique_ptr<WorkerProcess> process(
-        new WorkerProcess(std::move(requests.own), std::move(lifeline.own), limits));
-    return process->becomesReady() ? std::move(process) : nullptr;
+    return {aboveStandardStreams(Descriptor(ends[0])), aboveStandardStreams(Descriptor(ends[1]))};
 }
 
-WorkerProcess::WorkerProcess(Descriptor socket, Descriptor lifeline, const TimeLimits& limits)
-    : m_socket(std::move(socket))
+std::unique_ptr<WorkerProcess> WorkerProcess::create(const TimeLimits& limits) {
+    std::unique_ptr<WorkerProcess> process(new WorkerProcess(socketPair(), socketPair(), limits));
+    for (const SocketPair* pair : {&process->m_requests, &process->m_lifeline}) {
+        if (pair->own.number() < 0 || pair->other.number() < 0) {
+            return nullptr;
+        }
+    }
+    return process;
+}
+
+WorkerProcess::WorkerProcess(SocketPair requests, SocketPair lifeline, const TimeLimits& limits)
+    : m_requests(std::move(requests))
     , m_lifeline(std::move(lifeline))
     , m_limits(limits)
     // A byte more than there may be, so that a longer message is seen.
@@ -90,15 +70,32 @@ WorkerProcess::WorkerProcess(Descriptor socket, Descriptor lifeline, const TimeL
 
 // Closing is not enough where a copy of this process has the same ends.
 WorkerProcess::~WorkerProcess() {
-    if (m_lifeline.number() >= 0) {
-        ::shutdown(m_lifeline.number(), SHUT_RDWR);
-        ::shutdown(m_socket.number(), SHUT_RDWR);
+    if (m_lifeline.own.number() >= 0) {
+        ::shutdown(m_lifeline.own.number(), SHUT_RDWR);
+        ::shutdown(m_requests.own.number(), SHUT_RDWR);
     }
 }
 
 void WorkerProcess::abandon() {
-    m_lifeline = Descriptor();
-    m_socket = Descriptor();
+    m_lifeline = {};
+    m_requests = {};
+}
+
+void WorkerProcess::start(const std::string& program) {
+    setOption(socket(), SO_PASSCRED, 1);
+    SpawnRequest request;
+    request.program = program;
+    request.command.push_back(program);
+    request.streams = {m_requests.other.number(), m_lifeline.other.number(),
+                       SpawnRequest::nullDevice};
+    request.workingDirectory.push_back('/'); // no disk is kept from being unmounted
+    request.startsSession = true;
+    spawnDetached(request);
+}
+
+void WorkerProcess::releaseOtherEnds() {
+    m_requests.other = Descriptor();
+    m_lifeline.other = Descriptor();
 }
 
 bool WorkerProcess::becomesReady() {
@@ -114,7 +111,7 @@ bool WorkerProcess::becomesReady() {
         message.msg_iovlen = 1;
         message.msg_control = &ancillary;
         message.msg_controllen = sizeof ancillary;
-        size = ::recvmsg(m_socket.number(), &message, MSG_CMSG_CLOEXEC);
+        size = ::recvmsg(socket(), &message, MSG_CMSG_CLOEXEC);
         sender = size > 0 ? senderOf(message) : std::nullopt;
         if (size < 0 && errno != EAGAIN && errno != EINTR) {
             return false;
@@ -127,13 +124,13 @@ bool WorkerProcess::becomesReady() {
         ::clock_getcpuclockid(*sender, &m_processorClock) != 0) {
         return false;
     }
-    setOption(m_socket.number(), SO_PASSCRED, 0);
+    setOption(socket(), SO_PASSCRED, 0);
     wakeEvery(std::min(m_limits.processor, m_limits.wall));
     return true;
 }
 
 WorkerProcess::Reply WorkerProcess::ask(MediaRequest request, int descriptor) {
-    request.number = ++m_requests;
+    request.number = ++m_requestCount;
     const Deadline deadline{Clock::now() + m_limits.wall, usedProcessorTime() + m_limits.processor};
     if (!sendRequest(request, descriptor)) {
         return {Reply::Kind::ended, {}};
@@ -155,14 +152,14 @@ bool WorkerProcess::sendRequest(const MediaRequest& request, int descriptor) con
     message.msg_control = &ancillary;
     message.msg_controllen = sizeof ancillary;
     // Nothing else is under way, so there is room, unless the process is not what it should be.
-    return ::sendmsg(m_socket.number(), &message, MSG_NOSIGNAL | MSG_DONTWAIT) ==
+    return ::sendmsg(socket(), &message, MSG_NOSIGNAL | MSG_DONTWAIT) ==
            static_cast<ssize_t>(head.size());
 }
 
 WorkerProcess::Reply WorkerProcess::receive(const MediaRequest& request, const Deadline& deadline) {
     while (true) {
         // Without room for them, descriptors that come along are closed by the kernel.
-        const ssize_t size = ::recv(m_socket.number(), m_message.data(), m_message.size(), 0);
+        const ssize_t size = ::recv(socket(), m_message.data(), m_message.size(), 0);
         if (size > 0) {
             return replyTo(request, static_cast<std::size_t>(size));
         }
@@ -204,7 +201,7 @@ void WorkerProcess::wakeEvery(std::chrono::milliseconds limit) const {
     const std::chrono::microseconds interval =
         std::clamp<std::chrono::milliseconds>(limit / looks, 1ms, 1000ms);
     const timeval value{interval / 1s, interval % 1s / 1us};
-    ::setsockopt(m_socket.number(), SOL_SOCKET, SO_RCVTIMEO, &value, sizeof value);
+    ::setsockopt(socket(), SOL_SOCKET, SO_RCVTIMEO, &value, sizeof value);
 }
 
 } // namespace platform::worker

@@ -25,14 +25,23 @@ struct TimeLimits {
 /// nobody waits for it, and ends with this object, or with this process. One thread at a time.
 class WorkerProcess {
 public:
-    /// Starts `program` and waits until it is ready. Null when that fails or takes too long.
-    [[nodiscard]] static std::unique_ptr<WorkerProcess> start(const std::string& program,
-                                                              const TimeLimits& limits);
+    /// The sockets for one that is still to be started; null when there are none to be had. From
+    /// here on a copy of this process has to `abandon` it.
+    [[nodiscard]] static std::unique_ptr<WorkerProcess> create(const TimeLimits& limits);
     WorkerProcess(const WorkerProcess&) = delete;
     WorkerProcess& operator=(const WorkerProcess&) = delete;
     WorkerProcess(WorkerProcess&&) = delete;
     WorkerProcess& operator=(WorkerProcess&&) = delete;
     ~WorkerProcess();
+
+    /// Starts `program`, which gets the other ends of the sockets.
+    void start(const std::string& program);
+    /// Leaves these ends to the process alone, so that this side learns of its end. No copy of this
+    /// process may be made meanwhile.
+    void releaseOtherEnds();
+    /// Waits until the process is ready. False when it fails to be or takes too long; the object is
+    /// of no use then.
+    [[nodiscard]] bool becomesReady();
 
     struct Reply {
         enum class Kind {
@@ -50,7 +59,7 @@ public:
     [[nodiscard]] Reply ask(MediaRequest request, int descriptor);
 
     /// How many requests it was sent.
-    [[nodiscard]] std::uint64_t requests() const { return m_requests; }
+    [[nodiscard]] std::uint64_t requests() const { return m_requestCount; }
 
     /// Forgets the process without ending it: for a copy of this process, which must not keep
     /// another one's workers. Safe in a child of a process with several threads.
@@ -64,8 +73,15 @@ private:
         std::chrono::nanoseconds processor;
     };
 
-    WorkerProcess(Descriptor socket, Descriptor lifeline, const TimeLimits& limits);
-    bool becomesReady();
+    /// Two connected sockets, one of them for the process.
+    struct SocketPair {
+        Descriptor own;
+        Descriptor other;
+    };
+
+    WorkerProcess(SocketPair requests, SocketPair lifeline, const TimeLimits& limits);
+    [[nodiscard]] static SocketPair socketPair();
+    [[nodiscard]] int socket() const { return m_requests.own.number(); }
     [[nodiscard]] bool sendRequest(const MediaRequest& request, int descriptor) const;
     [[nodiscard]] Reply receive(const MediaRequest& request, const Deadline& deadline);
     [[nodiscard]] Reply replyTo(const MediaRequest& request, std::size_t size) const;
@@ -73,11 +89,11 @@ private:
     [[nodiscard]] std::chrono::nanoseconds usedProcessorTime() const;
     void wakeEvery(std::chrono::milliseconds limit) const;
 
-    Descriptor m_socket;
-    Descriptor m_lifeline;
+    SocketPair m_requests;
+    SocketPair m_lifeline;
     TimeLimits m_limits;
     clockid_t m_processorClock = -1;
-    std::uint64_t m_requests = 0;
+    std::uint64_t m_requestCount = 0;
     std::vector<std::byte> m_message;
 };
 
