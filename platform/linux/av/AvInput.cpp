@@ -87,11 +87,10 @@ AvInput::~AvInput() {
 
 bool AvInput::openContext() {
     auto* const buffer = static_cast<unsigned char*>(::av_malloc(bufferSize));
-    AVIOContext* const file =
-        buffer == nullptr
-            ? nullptr
-            : ::avio_alloc_context(buffer, bufferSize, 0, this, &AvInput::read, nullptr,
-                                   &AvInput::seek);
+    AVIOContext* const file = buffer == nullptr
+                                  ? nullptr
+                                  : ::avio_alloc_context(buffer, bufferSize, 0, this,
+                                                         &AvInput::read, nullptr, &AvInput::seek);
     AVFormatContext* context = file == nullptr ? nullptr : ::avformat_alloc_context();
     if (context == nullptr) {
         freeFile(file);

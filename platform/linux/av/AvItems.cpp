@@ -34,9 +34,8 @@ constexpr std::array names{
 void appendDictionary(const AVDictionary* dictionary, Items& items) {
     const AVDictionaryEntry* entry = nullptr;
     while ((entry = ::av_dict_get(dictionary, "", entry, AV_DICT_IGNORE_SUFFIX)) != nullptr) {
-        const auto* const name = std::ranges::find_if(names, [entry](const Name& one) {
-            return ::av_strcasecmp(one.name, entry->key) == 0;
-        });
+        const auto* const name = std::ranges::find_if(
+            names, [entry](const Name& one) { return ::av_strcasecmp(one.name, entry->key) == 0; });
         if (name != names.end()) {
             items.push_back({name->key, itemText(bytesOf(entry->value))});
         }

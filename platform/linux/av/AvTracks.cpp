@@ -35,10 +35,16 @@ bool isPositive(const AVRational& number) {
     return number.num > 0 && number.den > 0;
 }
 
+// The frames of these say themselves what they are, and headers before them need not be right.
+bool isToldByFrames(const AVCodecParameters& format) {
+    return format.codec_id == AV_CODEC_ID_MP3 || format.codec_id == AV_CODEC_ID_MP2;
+}
+
 bool lacksFacts(const AVStream& stream) {
     const AVCodecParameters& format = *stream.codecpar;
     if (isAudio(stream)) {
-        return format.sample_rate <= 0 || format.ch_layout.nb_channels <= 0;
+        return format.sample_rate <= 0 || format.ch_layout.nb_channels <= 0 ||
+               isToldByFrames(format);
     }
     return isVideo(stream) &&
            (format.width <= 0 || format.height <= 0 || !isPositive(stream.avg_frame_rate));
@@ -50,8 +56,7 @@ VideoTrack::Transform transformOf(const AVStream& stream) {
     constexpr std::size_t numbers = 9;
     constexpr double one = 65536;
     std::size_t size = 0;
-    const auto* const data =
-        ::av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
+    const auto* const data = ::av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
     if (data == nullptr || size < numbers * sizeof(std::int32_t)) {
         return {};
     }
@@ -75,15 +80,20 @@ double pixelShape(AVFormatContext& context, AVStream& stream, const VideoTrack::
     return isStretching ? 1 : shape;
 }
 
-VideoTrack videoTrackOf(AVFormatContext& context, AVStream& stream) {
+// One picture has no rate, however long it is shown.
+float frameRateOf(const AVStream& stream) {
     const AVRational rate =
         isPositive(stream.avg_frame_rate) ? stream.avg_frame_rate : stream.r_frame_rate;
+    return stream.nb_frames != 1 && isPositive(rate) ? static_cast<float>(::av_q2d(rate)) : 0;
+}
+
+VideoTrack videoTrackOf(AVFormatContext& context, AVStream& stream) {
     VideoTrack track;
     track.preferredTransform = transformOf(stream);
-    track.naturalWidth = std::max(stream.codecpar->width, 0) *
-                         pixelShape(context, stream, track.preferredTransform);
+    track.naturalWidth =
+        std::max(stream.codecpar->width, 0) * pixelShape(context, stream, track.preferredTransform);
     track.naturalHeight = std::max(stream.codecpar->height, 0);
-    track.nominalFrameRate = isPositive(rate) ? static_cast<float>(::av_q2d(rate)) : 0;
+    track.nominalFrameRate = frameRateOf(stream);
     track.mediaSubType = codeOfVideo(stream, context.iformat->name);
     return track;
 }
@@ -148,8 +158,7 @@ std::optional<double> durationOf(const AVFormatContext& context) {
 std::optional<double> probedDurationOf(const AVFormatContext& context) {
     const std::string_view container = context.iformat->name;
     const bool isGuess = context.duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
-    return isGuess && container != "mp3" && container != "aac" ? std::nullopt
-                                                               : durationOf(context);
+    return isGuess && container != "mp3" && container != "aac" ? std::nullopt : durationOf(context);
 }
 
 void appendTracks(AVFormatContext& context, MediaAssetProperties& asset) {

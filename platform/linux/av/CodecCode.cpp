@@ -44,26 +44,16 @@ constexpr std::array videoCodes{
 };
 
 constexpr std::array audioCodes{
-    Row{AV_CODEC_ID_MP1, code(".mp1")},
-    Row{AV_CODEC_ID_MP2, code(".mp2")},
-    Row{AV_CODEC_ID_MP3, code(".mp3")},
-    Row{AV_CODEC_ID_ALAC, code("alac")},
-    Row{AV_CODEC_ID_FLAC, code("flac")},
-    Row{AV_CODEC_ID_OPUS, code("opus")},
-    Row{AV_CODEC_ID_AC3, code("ac-3")},
-    Row{AV_CODEC_ID_EAC3, code("ec-3")},
-    Row{AV_CODEC_ID_PCM_MULAW, code("ulaw")},
-    Row{AV_CODEC_ID_PCM_ALAW, code("alaw")},
-    Row{AV_CODEC_ID_AMR_NB, code("samr")},
-    Row{AV_CODEC_ID_AMR_WB, code("sawb")},
-    Row{AV_CODEC_ID_ADPCM_IMA_QT, code("ima4")},
-    Row{AV_CODEC_ID_MACE3, code("MAC3")},
-    Row{AV_CODEC_ID_MACE6, code("MAC6")},
-    Row{AV_CODEC_ID_QDM2, code("QDM2")},
-    Row{AV_CODEC_ID_ADPCM_MS, waveFormat(0x02)},
-    Row{AV_CODEC_ID_ADPCM_IMA_WAV, waveFormat(0x11)},
-    Row{AV_CODEC_ID_GSM, code("agsm")},
-    Row{AV_CODEC_ID_GSM_MS, waveFormat(0x31)},
+    Row{AV_CODEC_ID_MP1, code(".mp1")},          Row{AV_CODEC_ID_MP2, code(".mp2")},
+    Row{AV_CODEC_ID_MP3, code(".mp3")},          Row{AV_CODEC_ID_ALAC, code("alac")},
+    Row{AV_CODEC_ID_FLAC, code("flac")},         Row{AV_CODEC_ID_OPUS, code("opus")},
+    Row{AV_CODEC_ID_AC3, code("ac-3")},          Row{AV_CODEC_ID_EAC3, code("ec-3")},
+    Row{AV_CODEC_ID_PCM_MULAW, code("ulaw")},    Row{AV_CODEC_ID_PCM_ALAW, code("alaw")},
+    Row{AV_CODEC_ID_AMR_NB, code("samr")},       Row{AV_CODEC_ID_AMR_WB, code("sawb")},
+    Row{AV_CODEC_ID_ADPCM_IMA_QT, code("ima4")}, Row{AV_CODEC_ID_MACE3, code("MAC3")},
+    Row{AV_CODEC_ID_MACE6, code("MAC6")},        Row{AV_CODEC_ID_QDM2, code("QDM2")},
+    Row{AV_CODEC_ID_ADPCM_MS, waveFormat(0x02)}, Row{AV_CODEC_ID_ADPCM_IMA_WAV, waveFormat(0x11)},
+    Row{AV_CODEC_ID_GSM, code("agsm")},          Row{AV_CODEC_ID_GSM_MS, waveFormat(0x31)},
     Row{AV_CODEC_ID_DTS, code("dtsc")},
 };
 
@@ -104,13 +94,13 @@ Code codeOfDigitalVideo(const AVCodecParameters& format) {
     return format.height == americanHeight ? code("dvc ") : code("dvcp");
 }
 
-// Pictures without compression have one code for each layout.
+// Pictures without compression have one code for each layout; Windows has others.
 Code codeOfRawVideo(const AVCodecParameters& format) {
-    switch (format.format) {
-    case AV_PIX_FMT_UYVY422: return code("2vuy");
-    case AV_PIX_FMT_YUYV422: return code("yuvs");
-    default: return storedCharacters(format);
+    const Code stored = storedCharacters(format);
+    if (stored == code("UYVY")) {
+        return code("2vuy");
     }
+    return stored == code("YUY2") ? code("yuvs") : stored;
 }
 
 // The kind of AAC, by the first bits of its description (ISO/IEC 14496-3, AudioSpecificConfig):

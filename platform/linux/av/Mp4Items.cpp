@@ -180,10 +180,9 @@ private:
                 break;
             }
             const DataView name = bytes.subspan(headSize, size - headSize);
-            const auto* const known =
-                std::ranges::find_if(keyNames, [name](const Name& one) {
-                    return std::ranges::equal(name, platform::bytesOf(one.name));
-                });
+            const auto* const known = std::ranges::find_if(keyNames, [name](const Name& one) {
+                return std::ranges::equal(name, platform::bytesOf(one.name));
+            });
             keys.push_back(known == keyNames.end() ? std::nullopt : std::optional(known->key));
             bytes = bytes.subspan(size);
         }

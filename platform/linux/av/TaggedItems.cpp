@@ -52,8 +52,8 @@ public:
     void seek(long offset, Position from) override {
         const long origin = from == Beginning ? 0 : from == Current ? m_position : m_length;
         // Nothing is read beyond the end, so it does not matter how far beyond one goes.
-        m_position =
-            offset > m_length - origin ? m_length : std::max(origin + std::max(offset, -origin), 0L);
+        m_position = offset > m_length - origin ? m_length
+                                                : std::max(origin + std::max(offset, -origin), 0L);
     }
     [[nodiscard]] long tell() const override { return m_position; }
     long length() override { return m_length; }
