@@ -7,6 +7,7 @@
 #include <ctime>
 #include <limits>
 #include <span>
+#include <string_view>
 #include <utility>
 
 namespace platform::av {
@@ -66,14 +67,16 @@ void freeFile(AVIOContext* file) {
 
 } // namespace
 
-std::unique_ptr<AvInput> AvInput::open(const AvFile& file, std::uint64_t start) {
-    std::unique_ptr<AvInput> input(new AvInput(file, start));
+std::unique_ptr<AvInput> AvInput::open(const AvFile& file, std::uint64_t start,
+                                       std::vector<std::uint64_t> hidden) {
+    std::unique_ptr<AvInput> input(new AvInput(file, start, std::move(hidden)));
     return input->openContext() ? std::move(input) : nullptr;
 }
 
-AvInput::AvInput(const AvFile& file, std::uint64_t start)
+AvInput::AvInput(const AvFile& file, std::uint64_t start, std::vector<std::uint64_t> hidden)
     : m_file(file)
     , m_start(std::min(start, file.size()))
+    , m_hidden(std::move(hidden))
     , m_position(m_start)
     , m_deadline(processorTime() + timeLimit) {}
 
@@ -129,8 +132,26 @@ int AvInput::read(void* input, std::uint8_t* buffer, int size) {
     }
     const auto space = std::as_writable_bytes(std::span(buffer, static_cast<std::size_t>(size)));
     const std::size_t count = self.m_file.readSome(self.m_position, space);
+    self.hide(space.first(count));
     self.m_position += count;
     return count == 0 ? AVERROR_EOF : static_cast<int>(count);
+}
+
+// Makes boxes in what was read from the position on such that mean nothing.
+void AvInput::hide(std::span<std::byte> bytes) const {
+    constexpr std::string_view meaningless = "free";
+    const std::uint64_t end = m_position + bytes.size();
+    auto place = std::ranges::lower_bound(
+        m_hidden, m_position < meaningless.size() ? 0 : m_position - meaningless.size() + 1);
+    for (; place != m_hidden.end() && *place < end; ++place) {
+        for (std::size_t i = 0; i < meaningless.size(); ++i) {
+            const std::uint64_t offset = *place + i;
+            if (offset >= m_position && offset < end) {
+                bytes[static_cast<std::size_t>(offset - m_position)] =
+                    static_cast<std::byte>(meaningless[i]);
+            }
+        }
+    }
 }
 
 std::int64_t AvInput::seek(void* input, std::int64_t offset, int whence) {

@@ -6,6 +6,8 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <span>
+#include <vector>
 
 struct AVFormatContext;
 
@@ -14,9 +16,11 @@ namespace platform::av {
 /// A file of films or sound that FFmpeg has opened. One thread.
 class AvInput {
 public:
-    /// Opens what is in `file` from `start` on, which must outlive the input. Null when its format
-    /// is none of those that are known, or too damaged.
-    [[nodiscard]] static std::unique_ptr<AvInput> open(const AvFile& file, std::uint64_t start);
+    /// Opens what is in `file` from `start` on, which must outlive the input. Boxes whose types
+    /// stand at the `hidden` places, in ascending order, are passed over. Null when its format is
+    /// none of those that are known, or too damaged.
+    [[nodiscard]] static std::unique_ptr<AvInput> open(const AvFile& file, std::uint64_t start,
+                                                       std::vector<std::uint64_t> hidden);
     AvInput(const AvInput&) = delete;
     AvInput& operator=(const AvInput&) = delete;
     AvInput(AvInput&&) = delete;
@@ -28,8 +32,9 @@ public:
     void probeStreams();
 
 private:
-    AvInput(const AvFile& file, std::uint64_t start);
+    AvInput(const AvFile& file, std::uint64_t start, std::vector<std::uint64_t> hidden);
     bool openContext();
+    void hide(std::span<std::byte> bytes) const;
     // What FFmpeg calls, with this object.
     static int read(void* input, std::uint8_t* buffer, int size);
     static std::int64_t seek(void* input, std::int64_t offset, int whence);
@@ -37,6 +42,7 @@ private:
 
     const AvFile& m_file;
     std::uint64_t m_start;
+    std::vector<std::uint64_t> m_hidden;
     std::uint64_t m_position; ///< in the file
     std::chrono::nanoseconds m_deadline;
     AVFormatContext* m_context = nullptr;

@@ -6,13 +6,28 @@
 #include "platform/linux/av/AvItems.h"
 #include "platform/linux/av/AvTracks.h"
 #include "platform/linux/av/FFmpeg.h"
+#include "platform/linux/av/Mp4Tables.h"
 
 #include <cstddef>
 #include <ctime>
 #include <exception>
+#include <memory>
+#include <utility>
 
 namespace platform::av {
 namespace {
+
+// Long films have long tables, which are read only where the samples are needed.
+std::unique_ptr<AvInput> opened(const AvFile& file) {
+    // Behind tags, which can be larger than what is looked at to tell the format.
+    const std::uint64_t start = endOfLeadingTags(file);
+    auto hidden = placesOfSampleTables(file);
+    const bool isHiding = !hidden.empty();
+    auto input = AvInput::open(file, start, std::move(hidden));
+    return isHiding && (input == nullptr || lacksFacts(input->context()))
+               ? AvInput::open(file, start, {})
+               : std::move(input);
+}
 
 MediaAssetProperties propertiesOf(AvInput& input) {
     MediaAssetProperties asset;
@@ -43,8 +58,7 @@ std::optional<MediaAssetProperties> readMediaAsset(int descriptor, bool wantsMet
         return std::nullopt;
     }
     try {
-        // Behind tags, which can be larger than what is looked at to tell the format.
-        const auto input = AvInput::open(*file, endOfLeadingTags(*file));
+        const auto input = opened(*file);
         if (input == nullptr) {
             return std::nullopt;
         }

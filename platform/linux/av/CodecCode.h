@@ -17,8 +17,7 @@ namespace platform::av {
 /// file's format. nullopt where there is none.
 [[nodiscard]] std::optional<MediaAssetProperties::FourCharCode>
 codeOfVideo(const AVStream& stream, std::string_view container);
-[[nodiscard]] std::optional<MediaAssetProperties::FourCharCode>
-codeOfAudio(const AVStream& stream);
+[[nodiscard]] std::optional<MediaAssetProperties::FourCharCode> codeOfAudio(const AVStream& stream);
 
 /// Whether the sound of a stream is stored as samples, each for itself.
 [[nodiscard]] bool isPcm(const AVStream& stream);

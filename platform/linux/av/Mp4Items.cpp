@@ -6,6 +6,7 @@
 #include "platform/linux/ByteOrder.h"
 #include "platform/linux/ByteText.h"
 #include "platform/linux/Utf16.h"
+#include "platform/linux/av/Mp4Boxes.h"
 
 #include <algorithm>
 #include <array>
@@ -19,24 +20,7 @@ namespace {
 using CommonKey = MediaAssetProperties::MetadataItem::CommonKey;
 using Keys = std::vector<std::optional<CommonKey>>;
 
-using BoxType = std::uint32_t;
-
-constexpr BoxType type(std::string_view name) {
-    BoxType result = 0;
-    for (const char character : name) {
-        result = (result << 8U) | static_cast<unsigned char>(character);
-    }
-    return result;
-}
-
-/// What is between two offsets of the file.
-struct Box {
-    BoxType type = 0;
-    std::uint64_t start = 0;
-    std::uint64_t end = 0;
-
-    [[nodiscard]] std::uint64_t size() const { return end - start; }
-};
+using Box = Mp4Box;
 
 struct Name {
     std::string_view name;
@@ -63,23 +47,24 @@ constexpr std::array keyNames{
 };
 
 std::optional<CommonKey> find(std::span<const Name> table, BoxType wanted) {
-    const auto name =
-        std::ranges::find_if(table, [wanted](const Name& one) { return type(one.name) == wanted; });
+    const auto name = std::ranges::find_if(
+        table, [wanted](const Name& one) { return boxType(one.name) == wanted; });
     return name == table.end() ? std::nullopt : std::optional(name->key);
 }
 
 // What is read into memory at once: no text of interest is longer.
 constexpr std::uint64_t maximumText = std::uint64_t{64} << 10U;
 
-/// Goes along the boxes of one file, as many as a file in its right mind has.
+/// Goes along the boxes of one file and gathers what it finds.
 class Walk {
 public:
     explicit Walk(const AvFile& file)
-        : m_file(file) {}
+        : m_file(file)
+        , m_boxes(file) {}
 
     Items take() {
-        forEach({0, 0, m_file.size()}, [this](const Box& box) {
-            if (box.type == type("moov")) {
+        forEach(m_boxes.whole(), [this](const Box& box) {
+            if (box.type == boxType("moov")) {
                 readMovie(box);
             }
         });
@@ -89,40 +74,7 @@ public:
 private:
     template <class Visit>
     void forEach(const Box& parent, const Visit& visit) {
-        constexpr int maximumBoxes = 1 << 14;
-        std::uint64_t offset = parent.start;
-        while (m_boxes < maximumBoxes) {
-            const auto box = boxAt(offset, parent.end);
-            if (!box) {
-                break;
-            }
-            ++m_boxes;
-            visit(*box);
-            offset = box->end;
-        }
-    }
-
-    [[nodiscard]] std::optional<Box> boxAt(std::uint64_t offset, std::uint64_t end) const {
-        constexpr std::uint64_t headSize = 8;
-        constexpr std::uint64_t longHeadSize = 16;
-        std::array<std::byte, longHeadSize> head{};
-        const std::uint64_t found =
-            std::min<std::uint64_t>(m_file.readSome(offset, head), end - offset);
-        if (found < headSize) {
-            return std::nullopt;
-        }
-        std::uint64_t size = bigEndian<std::uint32_t>(head, 0);
-        std::uint64_t used = headSize;
-        if (size == 0) {
-            size = end - offset; // the last one, to the end
-        } else if (size == 1) {
-            size = found < longHeadSize ? 0 : bigEndian<std::uint64_t>(head, headSize);
-            used = longHeadSize;
-        }
-        if (size < used || size > end - offset) {
-            return std::nullopt;
-        }
-        return Box{bigEndian<std::uint32_t>(head, 4), offset + used, offset + size};
+        m_boxes.forEach(parent, visit);
     }
 
     [[nodiscard]] Data bytesOf(const Box& box) const {
@@ -131,9 +83,9 @@ private:
 
     void readMovie(const Box& movie) {
         forEach(movie, [this](const Box& box) {
-            if (box.type == type("udta")) {
+            if (box.type == boxType("udta")) {
                 readUserData(box);
-            } else if (box.type == type("meta")) {
+            } else if (box.type == boxType("meta")) {
                 readMetadata(box);
             }
         });
@@ -141,7 +93,7 @@ private:
 
     void readUserData(const Box& data) {
         forEach(data, [this](const Box& box) {
-            if (box.type == type("meta")) {
+            if (box.type == boxType("meta")) {
                 readMetadata(box);
             } else if (const auto key = find(textNames, box.type)) {
                 readTexts(*key, bytesOf(box));
@@ -154,15 +106,15 @@ private:
     // QuickTime's box has nothing before the boxes in it, the other one has four bytes.
     void readMetadata(Box metadata) {
         constexpr std::uint64_t versionSize = 4;
-        const auto first = boxAt(metadata.start, metadata.end);
-        if ((!first || first->type != type("hdlr")) && metadata.size() > versionSize) {
+        const auto first = m_boxes.at(metadata.start, metadata.end);
+        if ((!first || first->type != boxType("hdlr")) && metadata.size() > versionSize) {
             metadata.start += versionSize;
         }
         Keys keys;
         forEach(metadata, [this, &keys](const Box& box) {
-            if (box.type == type("keys")) {
+            if (box.type == boxType("keys")) {
                 keys = keysIn(bytesOf(box));
-            } else if (box.type == type("ilst")) {
+            } else if (box.type == boxType("ilst")) {
                 readList(box, keys);
             }
         });
@@ -196,7 +148,7 @@ private:
             const auto key = isNumber ? keys[item.type - 1] : find(textNames, item.type);
             if (key) {
                 forEach(item, [&](const Box& value) {
-                    if (value.type == type("data")) {
+                    if (value.type == boxType("data")) {
                         readValue(*key, bytesOf(value));
                     }
                 });
@@ -252,7 +204,7 @@ private:
 
     const AvFile& m_file;
     Items m_items;
-    int m_boxes = 0;
+    Mp4Boxes m_boxes;
 };
 
 } // namespace
