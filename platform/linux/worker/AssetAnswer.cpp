@@ -180,7 +180,8 @@ public:
         if (m_isSound && std::holds_alternative<std::nullptr_t>(m_list->at(m_next).value())) {
             ++m_next;
         } else {
-            take(value.emplace());
+            value = Value{};
+            take(*value);
         }
     }
     template <class Element>
