@@ -2,6 +2,7 @@
 // Reads bytes as what a process for media answers: as a whole message, and as its value alone.
 #include "fuzz/Fuzzing.h"
 #include "platform/linux/Cbor.h"
+#include "platform/linux/worker/AssetAnswer.h"
 #include "platform/linux/worker/ImageAnswer.h"
 #include "platform/linux/worker/MediaMessage.h"
 
@@ -31,6 +32,10 @@ void readValue(DataView bytes) {
     if (const auto properties = worker::decodedImageProperties(bytes)) {
         const auto written = worker::encodedImageProperties(*properties);
         fuzzing::require(worker::decodedImageProperties(written) == properties);
+    }
+    if (const auto asset = worker::decodedMediaAsset(bytes)) {
+        const auto written = worker::encodedMediaAsset(*asset);
+        fuzzing::require(worker::decodedMediaAsset(written) == asset);
     }
 }
 

@@ -10,7 +10,7 @@ QMMetadataEntry::entryWithKey(std::optional<std::string> key,
     auto entry = std::make_shared<QMMetadataEntry>();
     entry->key = std::move(key);
     entry->localizedKey = std::move(localizedKey);
-    entry->value = value ? std::move(value) : "—";
+    entry->value = value ? *std::move(value) : std::string(absentValue);
     return entry;
 }
 

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// One line of what is told of a file. Texts are UTF-8 and the entry's own. Entries live in shared
@@ -18,8 +19,11 @@ struct QMMetadataEntry {
     /// Whether the display is to emphasise the line.
     bool isPrimary = false;
 
-    /// An entry that is not primary; never null. A value that is absent becomes "—"; an empty one
-    /// stays empty.
+    /// What stands for a value that is absent.
+    static constexpr std::string_view absentValue = "—";
+
+    /// An entry that is not primary; never null. A value that is absent becomes `absentValue`; an
+    /// empty one stays empty.
     [[nodiscard]] static std::shared_ptr<QMMetadataEntry>
     entryWithKey(std::optional<std::string> key, std::optional<std::string> localizedKey,
                  std::optional<std::string> value);

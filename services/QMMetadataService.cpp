@@ -72,3 +72,9 @@ std::optional<std::string_view>
 QMMetadataService::programmingLanguageForExtension(std::string_view extension) {
     return qm_languageForExtension(extension);
 }
+
+std::optional<platform::MediaAssetProperties>
+QMMetadataService::assetPropertiesOfFile(const std::string& path, bool wantsMetadata) const {
+    return m_settings.assetReader ? m_settings.assetReader(path, wantsMetadata)
+                                  : platform::mediaAssetPropertiesOfFile(path, wantsMetadata);
+}

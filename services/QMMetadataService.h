@@ -6,6 +6,7 @@
 #include "model/QMMetadataEntry.h"
 #include "model/QMMetadataResult.h"
 #include "platform/ImageSource.h"
+#include "platform/MediaAsset.h"
 #include "platform/PropertyList.h"
 #include "services/QMDiskImageService.h"
 
@@ -30,12 +31,19 @@ public:
     using ImageReader = std::function<std::optional<platform::ImageProperties>(
         const std::string& path, bool wantsImageCount)>;
 
+    /// Reads what a film or a recording says of itself, as `platform::mediaAssetPropertiesOfFile`
+    /// does; called on any thread, several files at once.
+    using AssetReader = std::function<std::optional<platform::MediaAssetProperties>(
+        const std::string& path, bool wantsMetadata)>;
+
     /// What a service works with. Others than the defaults are for tests.
     struct Settings {
         /// Describes disk images; null for the one of the process.
         std::shared_ptr<const QMDiskImageService> diskImages;
         /// Reads images; empty for the one of the system.
         ImageReader imageReader = {};
+        /// Reads films and recordings; empty for the one of the system.
+        AssetReader assetReader = {};
     };
 
     /// The one service of the process, made when it is first asked for.
@@ -96,6 +104,15 @@ public:
     void extractImageMetadata(const std::string& path, const Keys& enabledKeys,
                               QMMetadataEntries& into) const;
 
+    /// Duration, size, rate and codecs of a film, and how many sound tracks it has.
+    void extractVideoMetadata(const std::string& path, const Keys& enabledKeys,
+                              QMMetadataEntries& into) const;
+
+    /// Duration and form of the sound in a recording, and every title, artist and album that the
+    /// file has, in its own order. Channels and depth are told only along with the sample rate.
+    void extractAudioMetadata(const std::string& path, const Keys& enabledKeys,
+                              QMMetadataEntries& into) const;
+
     /// Encoding, counts, line ends, language and interpreter of a text file, from its first 64 KiB.
     /// Nothing but regular files is read, so FIFOs and devices never block; a file whose reading
     /// fails counts as one that cannot be opened.
@@ -109,6 +126,9 @@ public:
 
 private:
     explicit QMMetadataService(Settings settings);
+
+    [[nodiscard]] std::optional<platform::MediaAssetProperties>
+    assetPropertiesOfFile(const std::string& path, bool wantsMetadata) const;
 
     [[nodiscard]] std::shared_ptr<QMMetadataResult>
     resultForPath(const std::string& path, QMMetadataCategory category) const;

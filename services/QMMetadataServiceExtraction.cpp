@@ -18,8 +18,10 @@ struct Extractor {
     decltype(&QMMetadataService::extractTextMetadata) extract;
 };
 
-constexpr std::array<Extractor, 3> extractors{{
+constexpr std::array<Extractor, 5> extractors{{
     {QMMetadataCategoryImageRaster, &QMMetadataService::extractImageMetadata},
+    {QMMetadataCategoryVideo, &QMMetadataService::extractVideoMetadata},
+    {QMMetadataCategoryAudio, &QMMetadataService::extractAudioMetadata},
     {QMMetadataCategoryText, &QMMetadataService::extractTextMetadata},
     {QMMetadataCategoryDiskImage, &QMMetadataService::extractDiskImageMetadata},
 }};

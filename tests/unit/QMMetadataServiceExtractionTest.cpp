@@ -92,12 +92,12 @@ TEST_F(QMMetadataServiceExtraction, TellsWhatPicturesSay) {
         image.exif.emplace().dateTimeOriginal = std::move(date);
         return std::optional(std::move(image));
     };
-    const auto reader = QMMetadataService::init({nullptr, read});
+    const auto pictures = QMMetadataService::init({nullptr, read});
     std::map<std::string, std::size_t> answers;
     std::size_t done = 0;
     constexpr std::size_t files = 64;
     for (std::size_t i = 0; i < files; ++i) {
-        reader->extractMetadataForFileItem(
+        pictures->extractMetadataForFileItem(
             item(folder.file(std::to_string(i).append(".JPG"))), [&](const Result& result) {
                 EXPECT_EQ(result->category, QMMetadataCategoryImageRaster);
                 for (const auto& entry : *result->entries) {
@@ -110,6 +110,22 @@ TEST_F(QMMetadataServiceExtraction, TellsWhatPicturesSay) {
     EXPECT_EQ(answers.size(), 10U);
     EXPECT_EQ(answers["Jul 10, 2023 at 8:00\u202FAM"], 7U);
     EXPECT_EQ(answers["Jul 19, 2023 at 8:00\u202FAM"], 6U);
+}
+
+TEST_F(QMMetadataServiceExtraction, TellsWhatFilmsAndRecordingsSay) {
+    service = QMMetadataService::init({nullptr, {}, [](const std::string&, bool wantsMetadata) {
+                                           platform::MediaAssetProperties asset;
+                                           asset.duration = wantsMetadata ? 3725 : 3726;
+                                           return std::optional(std::move(asset));
+                                       }});
+    const Result film = extract(item(folder.file("film.MOV", "contents")));
+    ASSERT_NE(film, nullptr);
+    EXPECT_EQ(film->category, QMMetadataCategoryVideo);
+    EXPECT_EQ(film->entries->at(0)->value, "01:02:06");
+    const Result recording = extract(item(folder.file("song.mp3", "contents")));
+    ASSERT_NE(recording, nullptr);
+    EXPECT_EQ(recording->category, QMMetadataCategoryAudio);
+    EXPECT_EQ(recording->entries->at(0)->value, "62:05");
 }
 
 TEST_F(QMMetadataServiceExtraction, ToldOfAtOnceIsThatThereIsNothing) {

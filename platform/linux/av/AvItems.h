@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include "platform/Data.h"
+#include "platform/MediaAsset.h"
+#include "platform/linux/av/AvFile.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+struct AVFormatContext;
+
+/// Titles, artists and albums. Any thread.
+namespace platform::av {
+
+using Items = std::vector<MediaAssetProperties::MetadataItem>;
+
+/// Where the ID3v2 tags at the beginning of a file end; 0 when there is none.
+[[nodiscard]] std::uint64_t endOfLeadingTags(const AvFile& file);
+
+/// All items of a file, in the order in which they are stored. `context` is what FFmpeg has opened,
+/// which joins or drops those that are there twice, so that it is asked last.
+[[nodiscard]] Items itemsOf(const AvFile& file, const AVFormatContext& context);
+
+/// The text that `bytes` are up to the first NUL: in UTF-8, or in ISO 8859-1 when they are not
+/// that.
+[[nodiscard]] std::string itemText(DataView bytes);
+
+} // namespace platform::av

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// How measures of films and recordings are written down. Any thread.
+
+/// The whole part of `number`, 0 for what is below 1 or no number, and the largest integer for what
+/// is beyond.
+[[nodiscard]] std::uint64_t qm_wholePart(double number);
+
+/// A four-character code as text: its bytes from the most significant one on, up to the first that
+/// is zero, blanks included. `QMMetadataEntry::absentValue` when they are not UTF-8.
+[[nodiscard]] std::string qm_textOfFourCharCode(std::uint32_t code);
+
+/// `number` with a zero before it where it has one digit.
+[[nodiscard]] std::string qm_twoDigits(std::uint64_t number);

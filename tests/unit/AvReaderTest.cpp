@@ -1,0 +1,395 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is read of films and recordings that other programs have made; they are made by
+// tests/samples/make-media-samples.
+#include "platform/linux/av/AvReader.h"
+
+#include "platform/linux/Descriptor.h"
+#include "platform/linux/worker/AssetQuestion.h"
+#include "tests/unit/support/AssetDescription.h"
+#include "tests/unit/support/MemoryFile.h"
+#include "tests/unit/support/ShellCommand.h"
+#include "tests/unit/support/TemporaryFolder.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using platform::MediaAssetProperties;
+using platform::av::readMediaAsset;
+
+struct Sample {
+    const char* name;
+    const char* description;
+};
+
+constexpr std::array samples{
+    Sample{"16.wav", "2.00 s | lpcm 44100 1 16"},
+    Sample{"24.wav", "2.00 s | lpcm 44100 1 24"},
+    Sample{"32.wav", "2.00 s | lpcm 44100 1 32"},
+    Sample{"8.wav", "2.00 s | lpcm 44100 1 8"},
+    Sample{"aac.m4a",
+           "1.00 s | aac  48000 1 0 | title=A title | artist=An artist | album=An album"},
+    Sample{"alac.alac", "1.00 s | alac 44100 2 0"},
+    Sample{"almost-a-minute.mp4", "59.90 s | 64x48 10.00 avc1"},
+    Sample{"animation.mov", "1.00 s | 64x48 10.00 rle "},
+    Sample{"av1.mp4", "0.20 s | 64x48 10.00 av01"},
+    Sample{"cover.mp4", "1.00 s | 64x48 10.00 avc1 | aac  44100 2 0"},
+    Sample{"deep.flac", "1.00 s | flac 44100 1 0"},
+    Sample{"double.wav", "2.00 s | lpcm 44100 2 64"},
+    Sample{"flac.m4a", "2.00 s | flac 44100 2 0"},
+    Sample{"flac.ogg", "2.00 s | flac 44100 2 0 | title=One | artist=First | title=Two"},
+    Sample{"fragmented.mp4", "1.02 s | 64x48 9.77 avc1 | aac  44100 1 0"},
+    Sample{"gsm.wav", "2.00 s | ms<0>1 8000 1 0"},
+    Sample{"h263.3gp", "1.00 s | 192x144 10.00 s263 | aac  16000 1 0"},
+    Sample{"h264.flv", "1.02 s | 64x48 10.00 avc1 | aac  44100 1 0"},
+    Sample{"h264.mkv", "1.00 s | 64x48 10.00 avc1 | flac 44100 1 0"},
+    Sample{"h264.mp4", "1.00 s | 64x48 10.00 avc1 | aac  44100 2 0"},
+    Sample{"h264.ts", "1.02 s | 64x48 10.00 avc1 | aac  44100 1 0"},
+    Sample{"hev1.mov", "1.00 s | 64x48 10.00 hev1"},
+    Sample{"hevc.mkv", "1.00 s | 64x48 10.00 hvc1"},
+    Sample{"hevc.mp4", "1.00 s | 64x48 10.00 hvc1"},
+    Sample{"hours.mp4", "36000.00 s | 64x48 0.00 avc1"},
+    Sample{"id3.aiff", "1.00 s | lpcm 44100 1 16 | title=A title | title=A title"},
+    Sample{"id3.wav", "2.00 s | lpcm 44100 1 16 | title=One | title=Two"},
+    Sample{"ima-adpcm.wav", "2.00 s | ms<0><11> 44100 2 0"},
+    Sample{"info.wav",
+           "1.00 s | lpcm 44100 1 16 | artist=An artist | title=A title | album=An album"},
+    Sample{"jpeg.avi", "1.00 s | 64x48 10.00 dmb1 | lpcm 44100 1 8"},
+    Sample{"keys.m4a", "1.00 s | aac  44100 2 0 | title=Key title | artist=Key artist"},
+    Sample{"large-cover.mp3", "2.04 s | .mp3 44100 2 0 | title=Behind the cover"},
+    Sample{"late-sound.mp4", "1.50 s | 64x48 10.00 avc1 | aac  44100 1 0"},
+    Sample{"late.mp4", "6.00 s | 64x48 10.00 avc1 | aac  44100 2 0"},
+    Sample{"late.ts", "1.02 s | 64x48 10.00 avc1 | aac  44100 1 0"},
+    Sample{"long.flac", "3725.00 s | flac 8000 1 0"},
+    Sample{"mobile.m4a",
+           "1.00 s | aac  44100 2 0 | title=Grün | artist=Söhne | album=One | album=Zwöi"},
+    Sample{"motion.mov", "1.00 s | 64x48 10.00 jpeg | alac 44100 1 0"},
+    Sample{"mp3.m4a", "2.04 s | .mp3 44100 1 0"},
+    Sample{"mpeg1.mpg", "1.02 s | 64x48 25.00 mp1v | .mp2 44100 1 0"},
+    Sample{"mpeg2.mpeg", "0.91 s | 85x48 25.00 mp2v | ac-3 44100 1 0"},
+    Sample{"mpeg2.ts", "1.02 s | 64x48 25.00 mp2v | .mp2 44100 1 0"},
+    Sample{"mpeg4.avi", "1.10 s | 64x48 10.00 mp4v | .mp3 44100 1 0"},
+    Sample{"ms-adpcm.wav", "2.00 s | ms<0><2> 44100 2 0"},
+    Sample{"named.aif", "2.00 s | lpcm 44100 2 24 | artist=First | title=One | artist=Größe"},
+    Sample{"no-index.mp3", "2.04 s | .mp3 44100 1 0"},
+    Sample{"ntsc.m4v", "2.00 s | 64x48 29.97 avc1"},
+    Sample{"old-tag.mp3",
+           "2.04 s | .mp3 44100 2 0 | title=Old title | artist=Old artist | album=Grün"},
+    Sample{"one-picture.mp4", "0.10 s | 64x48 0.00 avc1"},
+    Sample{"opus.opus", "1.01 s | opus 48000 1 0 | title=A title | artist=An artist"},
+    Sample{"plain.aiff", "2.00 s | lpcm 44100 2 24"},
+    Sample{"plain.m4a", "1.00 s | aac  44100 2 0"},
+    Sample{"portrait.mov", "1.00 s | 64x48 10.00 avc1 turned 0 -1 1 0"},
+    Sample{"prores.mov", "1.00 s | 64x48 10.00 apch | lpcm 44100 1 24"},
+    Sample{"raw.avi", "1.00 s | 64x48 10.00 yuvs | ulaw 44100 1 8"},
+    Sample{"raw.mov", "1.00 s | 64x48 10.00 2vuy | lpcm 44100 1 16"},
+    Sample{"silent.mp4", "1.00 s | 64x48 10.00 avc1"},
+    Sample{"six.wav", "1.00 s | lpcm 96000 6 24"},
+    Sample{"sorenson.flv", "1.02 s | 64x48 10.00 none | .mp3 44100 1 0"},
+    Sample{"stereo.aac", "1.04 s | aac  44100 2 0"},
+    Sample{"stereo.flac", "2.00 s | flac 44100 2 0"},
+    Sample{"tagged.aac", "1.04 s | aac  44100 2 0 | title=Stream"},
+    Sample{"tagged.mp3",
+           "2.04 s | .mp3 44100 2 0 | title=A title | artist=An artist | album=An album"},
+    Sample{"theora.ogg", "1.00 s | 64x48 10.00 none | none 44100 1 0 | title=Sound"},
+    Sample{"titled.mp4", "1.00 s | 64x48 10.00 avc1 | title=A film | title=other"},
+    Sample{"twice.flac", "2.00 s | flac 44100 2 0 | artist=First | title=One | title=One | "
+                         "album=Größe | artist=Second"},
+    Sample{"twice.m4a", "1.00 s | aac  44100 2 0 | artist=First | title=One | title=One | "
+                        "album=Größe | title=(no text)"},
+    Sample{"twice.mp3", "2.04 s | .mp3 44100 2 0 | artist=First | title=One | album=Größe | "
+                        "title=One | artist=Second"},
+    Sample{"two-sounds.mkv", "1.01 s | 64x48 10.00 avc1 | ac-3 44100 1 0 | opus 48000 1 0"},
+    Sample{"u-law.wav", "2.00 s | ulaw 44100 2 8"},
+    Sample{"upside-down.mp4", "1.00 s | 64x48 10.00 avc1 turned -1 0 0 -1"},
+    Sample{"values.mp3", "2.04 s | .mp3 44100 2 0 | title=One/Two | artist=café | album="},
+    Sample{"variable.mp3", "2.04 s | .mp3 44100 2 0"},
+    Sample{"variable.mp4", "1.00 s | 64x48 6.00 avc1"},
+    Sample{"vorbis.ogg", "2.00 s | none 44100 2 0 | title=One | artist=First | title=Two"},
+    Sample{"vp8.webm", "1.00 s | 64x48 10.00 vp08 | none 44100 1 0"},
+    Sample{"vp9.webm", "1.01 s | 64x48 10.00 vp09 | opus 48000 1 0"},
+    Sample{"wide-portrait.mov", "1.00 s | 853x480 2.00 avc1 turned 0 -1 1 0"},
+    Sample{"wide.mp4", "1.00 s | 853x480 2.00 avc1"},
+    Sample{"wma.wma",
+           "1.02 s | none 44100 1 0 | title=A title | artist=An artist | album=An album"},
+    Sample{"wmv2.wmv", "1.05 s | 64x48 10.00 WMV2 | none 44100 1 0"},
+    Sample{"words.mp4", "2.00 s"},
+};
+
+std::string pathOf(const char* name) {
+    return std::filesystem::path(QM_TEST_MEDIA_SAMPLES) / name;
+}
+
+std::optional<MediaAssetProperties> readSample(const char* name, bool wantsMetadata = true) {
+    const platform::Descriptor file(::open(pathOf(name).c_str(), O_RDONLY | O_CLOEXEC));
+    EXPECT_GE(file.number(), 0) << name;
+    return readMediaAsset(file.number(), wantsMetadata);
+}
+
+std::string contentsOf(const char* name) {
+    std::ifstream file(pathOf(name), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+std::optional<MediaAssetProperties> readBytes(std::string_view bytes) {
+    return readMediaAsset(MemoryFile(bytes).descriptor(), true);
+}
+
+// What another program tells of a file.
+struct Told {
+    std::optional<double> duration;
+    std::vector<std::string> pictures; ///< width, height and shape of pixels of each track
+    std::vector<std::string> sounds;   ///< rate and number of channels of each track
+};
+
+// The numbers of tracks as they are compared.
+std::vector<std::string> soundsOf(const MediaAssetProperties& asset) {
+    std::vector<std::string> sounds;
+    for (const auto& track : asset.audioTracks) {
+        const auto stream =
+            track.streamDescription.value_or(MediaAssetProperties::AudioTrack::StreamDescription());
+        sounds.push_back(platform::format("{:.0f} {}", stream.sampleRate, stream.channels));
+    }
+    return sounds;
+}
+
+Told toldByFfprobe(const char* name) {
+    std::istringstream lines(outputOfShell("ffprobe -v error -of default=nw=1 -show_entries "
+                                           "format=duration:stream=sample_rate,channels '" +
+                                           pathOf(name) + "'"));
+    Told told;
+    std::string rate;
+    for (std::string line; std::getline(lines, line);) {
+        const std::string value = line.substr(line.find('=') + 1);
+        if (line.starts_with("duration=")) {
+            told.duration = std::stod(value);
+        } else if (line.starts_with("sample_rate=")) {
+            rate = value;
+        } else if (line.starts_with("channels=")) {
+            told.sounds.push_back(rate + " " + value);
+        }
+    }
+    return told;
+}
+
+// Of all samples at once.
+std::map<std::string, Told> toldByMediainfo() {
+    const TemporaryFolder folder;
+    const std::string form = folder.file("form", "General;F|%FileName%.%FileExtension%|\n"
+                                                 "Video;V|%Width% %Height% %PixelAspectRatio%|\n"
+                                                 "Audio;A|%SamplingRate% %Channel(s)%|\n");
+    std::istringstream words(outputOfShell("mediainfo --Inform='file://" + form + "' " +
+                                           std::string(QM_TEST_MEDIA_SAMPLES) + "/*"));
+    std::map<std::string, Told> all;
+    Told* told = nullptr;
+    std::string kind;
+    for (std::string value; std::getline(words, kind, '|') && std::getline(words, value, '|');) {
+        if (kind == "F") {
+            told = &all[value];
+        } else if (told != nullptr) {
+            (kind == "V" ? told->pictures : told->sounds).push_back(value);
+        }
+    }
+    return all;
+}
+
+bool isOneOf(const char* name, std::initializer_list<std::string_view> names) {
+    return std::ranges::find(names, std::string_view(name)) != names.end();
+}
+
+platform::worker::MediaWorker::Settings realWorker() {
+    platform::worker::MediaWorker::Settings settings;
+    settings.program = QM_TEST_AV_WORKER;
+    settings.limits = {std::chrono::minutes(1), std::chrono::minutes(1), std::chrono::minutes(1)};
+    return settings;
+}
+
+class AvReader : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { platform::av::prepareReader(); }
+};
+
+} // namespace
+
+TEST_F(AvReader, TellsOfEachSampleWhatIsInIt) {
+    for (const Sample& sample : samples) {
+        EXPECT_EQ(AssetDescription::of(readSample(sample.name)), sample.description) << sample.name;
+    }
+}
+
+TEST_F(AvReader, HasAnExpectationForEachSample) {
+    std::set<std::string> expected;
+    for (const Sample& sample : samples) {
+        expected.insert(sample.name);
+    }
+    std::set<std::string> found;
+    for (const auto& entry : std::filesystem::directory_iterator(QM_TEST_MEDIA_SAMPLES)) {
+        found.insert(entry.path().filename());
+    }
+    EXPECT_EQ(found, expected);
+    EXPECT_EQ(expected.size(), samples.size());
+}
+
+TEST_F(AvReader, ReadsItemsOnlyWhenAsked) {
+    for (const Sample& sample : samples) {
+        auto whole = readSample(sample.name);
+        ASSERT_TRUE(whole) << sample.name;
+        whole->commonMetadata.clear();
+        EXPECT_EQ(whole, readSample(sample.name, false)) << sample.name;
+    }
+}
+
+TEST_F(AvReader, IsAsGoodInTheConfinedProcess) {
+    platform::worker::MediaWorker worker(realWorker());
+    for (const Sample& sample : samples) {
+        EXPECT_EQ(AssetDescription::of(mediaAssetProperties(worker, pathOf(sample.name), true)),
+                  sample.description)
+            << sample.name;
+        EXPECT_EQ(mediaAssetProperties(worker, pathOf(sample.name), false),
+                  readSample(sample.name, false))
+            << sample.name;
+    }
+}
+
+TEST_F(AvReader, AgreesWithFfprobe) {
+    for (const Sample& sample : samples) {
+        const auto found = readSample(sample.name, false);
+        const Told told = toldByFfprobe(sample.name);
+        ASSERT_TRUE(found && found->duration && told.duration) << sample.name;
+        // To a length that the file says, it adds what comes before the first picture.
+        const double tolerance = isOneOf(sample.name, {"wmv2.wmv"}) ? 0.05 : 0.01;
+        EXPECT_NEAR(*found->duration, *told.duration, tolerance) << sample.name;
+        // The tracks of transport streams are told twice, once with their programme.
+        const auto ours = soundsOf(*found);
+        const bool isTwice = std::string_view(sample.name).ends_with(".ts");
+        EXPECT_EQ(told.sounds.size(), ours.size() * (isTwice ? 2 : 1)) << sample.name;
+        EXPECT_TRUE(std::equal(ours.begin(), ours.end(), told.sounds.begin())) << sample.name;
+    }
+}
+
+TEST_F(AvReader, AgreesWithMediainfo) {
+    auto all = toldByMediainfo();
+    EXPECT_EQ(all.size(), samples.size());
+    std::size_t pictures = 0;
+    std::size_t sounds = 0;
+    for (const Sample& sample : samples) {
+        const auto found = readSample(sample.name, false);
+        const Told& told = all[sample.name];
+        // It believes what the first bytes of a packet say of channels, against the sound itself.
+        if (!isOneOf(sample.name, {"h264.flv"})) {
+            EXPECT_EQ(soundsOf(*found), told.sounds) << sample.name;
+        }
+        ASSERT_EQ(found->videoTracks.size(), told.pictures.size()) << sample.name;
+        for (std::size_t i = 0; i < told.pictures.size(); ++i) {
+            std::istringstream numbers(told.pictures[i]);
+            double width = 0;
+            double height = 0;
+            double shape = 0;
+            ASSERT_TRUE(numbers >> width >> height >> shape) << sample.name;
+            EXPECT_NEAR(found->videoTracks[i].naturalWidth, width * shape, 1) << sample.name;
+            EXPECT_EQ(found->videoTracks[i].naturalHeight, height) << sample.name;
+        }
+        pictures += told.pictures.size();
+        sounds += told.sounds.size();
+    }
+    EXPECT_GT(pictures, 35U);
+    EXPECT_GT(sounds, 50U);
+}
+
+TEST_F(AvReader, AgreesWithOthersOnItemsThatAreThereOnce) {
+    for (const char* name : {"tagged.mp3", "aac.m4a", "info.wav", "wma.wma"}) {
+        const auto found = readSample(name);
+        for (const auto key : {"title", "artist", "album"}) {
+            const std::string theirs =
+                outputOfShell(std::string("ffprobe -v error -of default=nw=1:nk=1 -show_entries "
+                                          "format_tags=") +
+                              key + " '" + pathOf(name) + "'");
+            EXPECT_TRUE(AssetDescription::of(found).find(std::string(key) + "=" +
+                                                         theirs.substr(0, theirs.find('\n'))) !=
+                        std::string::npos)
+                << name << theirs;
+        }
+    }
+}
+
+TEST_F(AvReader, ReadsBytesOfNothingAsNothing) {
+    for (const std::string_view bytes : {"", "I", "text", "ID3", "RIFF1234WAVE", "OggS", "fLaC",
+                                         "%PDF-1.7", "MThd\0\0\0\6\0\0\0\1\0\x60"}) {
+        const auto found = readBytes(bytes);
+        EXPECT_TRUE(!found || found->videoTracks.empty()) << bytes;
+    }
+    EXPECT_EQ(readBytes(""), std::nullopt);
+    EXPECT_EQ(readBytes(std::string(100'000, '\0')), std::nullopt);
+}
+
+TEST_F(AvReader, ReadsNothingButRegularFiles) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(::pipe2(ends.data(), O_CLOEXEC), 0);
+    const platform::Descriptor reading(ends[0]);
+    const platform::Descriptor writing(ends[1]);
+    EXPECT_EQ(readMediaAsset(reading.number(), true), std::nullopt);
+    EXPECT_EQ(readMediaAsset(-1, true), std::nullopt);
+}
+
+TEST_F(AvReader, OpensNothingThatAFileNames) {
+    const TemporaryFolder folder;
+    const std::string other = pathOf("h264.ts");
+    const std::string list = "ffconcat version 1.0\nfile '" + other + "'\n";
+    const std::string playlist = "#EXTM3U\n#EXT-X-TARGETDURATION:10\n#EXT-X-VERSION:3\n"
+                                 "#EXTINF:1.0,\n" +
+                                 other + "\n#EXT-X-ENDLIST\n";
+    const std::string plain = "#EXTM3U\n" + other + "\n";
+    const std::string session = "v=0\no=- 0 0 IN IP4 127.0.0.1\ns=x\nc=IN IP4 127.0.0.1\nt=0 0\n"
+                                "m=video 5004 RTP/AVP 96\na=rtpmap:96 H264/90000\n";
+    const std::string manifest = "<?xml version=\"1.0\"?><MPD xmlns=\"urn:mpeg:dash:schema:mpd:"
+                                 "2011\" type=\"static\"><Period><AdaptationSet><Representation "
+                                 "id=\"1\"><BaseURL>" +
+                                 other +
+                                 "</BaseURL></Representation>"
+                                 "</AdaptationSet></Period></MPD>";
+    for (const std::string& text : {list, playlist, plain, session, manifest}) {
+        EXPECT_EQ(readBytes(text), std::nullopt) << text;
+        platform::worker::MediaWorker worker(realWorker());
+        EXPECT_EQ(mediaAssetProperties(worker, folder.file("film.mp4", text), false), std::nullopt);
+    }
+}
+
+TEST_F(AvReader, HarmlessAreFilesThatAreCutOff) {
+    constexpr std::size_t steps = 40;
+    for (const Sample& sample : samples) {
+        const std::string whole = contentsOf(sample.name);
+        for (std::size_t step = 0; step < steps; ++step) {
+            // More of them near the beginning.
+            const double part = std::pow(static_cast<double>(step) / steps, 3);
+            const auto size = static_cast<std::size_t>(part * static_cast<double>(whole.size()));
+            const auto found = readBytes(std::string_view(whole).substr(0, size));
+            EXPECT_TRUE(!found || !found->duration || *found->duration >= 0) << sample.name << size;
+        }
+    }
+}
+
+TEST_F(AvReader, TellsOfAnEmptyMovieThatItIsEmpty) {
+    // A file type, and a movie of no tracks that lasts 0 of 1000 parts of a second.
+    std::string movie = std::string("\0\0\0\x14"
+                                    "ftypisom\0\0\2\0isom\0\0\0\x74moov\0\0\0\x6Cmvhd",
+                                    36) +
+                        std::string(12, '\0') + std::string("\0\0\3\xE8", 4);
+    movie.resize(20 + 0x74, '\0');
+    EXPECT_EQ(AssetDescription::of(readBytes(movie)), "0.00 s");
+}

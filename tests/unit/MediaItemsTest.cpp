@@ -1,0 +1,205 @@
+// SPDX-License-Identifier: Apache-2.0
+// Titles, artists and albums in bytes that were made by hand.
+#include "platform/linux/av/Mp4Items.h"
+#include "platform/linux/av/TaggedItems.h"
+#include "platform/linux/av/VorbisComment.h"
+#include "tests/unit/support/MemoryFile.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace std::string_literals;
+using platform::av::AvFile;
+using platform::av::Items;
+using Texts = std::vector<std::string>;
+
+Texts textsOf(const Items& items) {
+    Texts texts;
+    for (const auto& item : items) {
+        texts.push_back(std::string(1, "tal"[static_cast<std::size_t>(item.commonKey)]) + "=" +
+                        item.stringValue.value_or("-"));
+    }
+    return texts;
+}
+
+std::string bigEndian(std::uint64_t number, int bytes) {
+    std::string text;
+    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8) {
+        text.push_back(static_cast<char>(number >> shift));
+    }
+    return text;
+}
+
+std::string littleEndian(std::uint32_t number) {
+    const std::string text = bigEndian(number, 4);
+    return {text.rbegin(), text.rend()};
+}
+
+std::string box(std::string_view type, const std::string& contents) {
+    return bigEndian(8 + contents.size(), 4) + std::string(type) + contents;
+}
+
+std::string value(std::string_view type, const std::string& text, std::uint32_t kind = 1) {
+    return box(type, box("data", bigEndian(kind, 4) + bigEndian(0, 4) + text));
+}
+
+Texts mp4(const std::string& bytes) {
+    const MemoryFile file(bytes);
+    return textsOf(platform::av::itemsOfMp4(AvFile::of(file.descriptor()).value()));
+}
+
+Texts inUserData(const std::string& contents) {
+    return mp4(box("moov", box("udta", contents)));
+}
+
+Texts comments(const std::string& bytes) {
+    return textsOf(platform::av::itemsOfVorbisComment(platform::bytesOf(bytes)));
+}
+
+std::string comment(const std::string& text) {
+    return littleEndian(static_cast<std::uint32_t>(text.size())) + text;
+}
+
+Texts leadingTag(const std::string& bytes) {
+    const MemoryFile file(bytes);
+    return textsOf(platform::av::itemsOfLeadingTag(AvFile::of(file.descriptor()).value()));
+}
+
+std::uint64_t endOfTags(const std::string& bytes) {
+    const MemoryFile file(bytes);
+    return platform::av::endOfLeadingTags(AvFile::of(file.descriptor()).value());
+}
+
+} // namespace
+
+TEST(MediaItems, OfMp4AreFoundWhereverTheMovieIs) {
+    const std::string movie =
+        box("moov", box("udta", box("meta", bigEndian(0, 4) + box("ilst", value("\xA9nam", "T")))));
+    EXPECT_EQ(mp4(movie), Texts{"t=T"});
+    EXPECT_EQ(mp4(box("mdat", std::string(100'000, 'x')) + movie), Texts{"t=T"});
+    const std::string large = bigEndian(1, 4) + "mdat" + bigEndian(16 + 5, 8) + "12345";
+    EXPECT_EQ(mp4(large + movie), Texts{"t=T"});
+    EXPECT_EQ(mp4(movie + bigEndian(0, 4) + "mdat123"), Texts{"t=T"});
+}
+
+TEST(MediaItems, OfMp4KeepTheirOrderAndWhatIsTwiceThere) {
+    EXPECT_EQ(inUserData(box("meta", bigEndian(0, 4) + box("hdlr", std::string(25, '\0')) +
+                                         box("ilst", value("\xA9"
+                                                           "ART",
+                                                           "A") +
+                                                         value("\xA9nam", "T") +
+                                                         value("\xA9"
+                                                               "alb",
+                                                               "L") +
+                                                         value("aART", "no") +
+                                                         value("\xA9"
+                                                               "ART",
+                                                               "A")))),
+              (Texts{"a=A", "t=T", "l=L", "a=A"}));
+}
+
+TEST(MediaItems, OfMp4WithSeveralValuesAreSeveral) {
+    const std::string data = box("data", bigEndian(1, 4) + bigEndian(0, 4) + "x");
+    EXPECT_EQ(
+        inUserData(box("meta", bigEndian(0, 4) +
+                                   box("ilst", box("\xA9nam", data + box("name", "") + data)))),
+        (Texts{"t=x", "t=x"}));
+}
+
+TEST(MediaItems, OfMp4AreTextsInTwoEncodingsOrNone) {
+    EXPECT_EQ(inUserData(box("meta",
+                             bigEndian(0, 4) + box("ilst", value("\xA9nam", "\0G\0r\0\xFC\0n"s, 2) +
+                                                               value("\xA9nam", "Gr\xFCn", 1) +
+                                                               value("\xA9nam", "\1", 21) +
+                                                               value("\xA9nam", "a\0b"s)))),
+              (Texts{"t=Grün", "t=Grün", "t=-", "t=a"}));
+}
+
+TEST(MediaItems, OfQuickTimeHaveTextsForEachLanguage) {
+    EXPECT_EQ(inUserData(box("\xA9nam", bigEndian(1, 2) + bigEndian(0, 2) + "T" + bigEndian(2, 2) +
+                                            bigEndian(9, 2) + "zw")),
+              (Texts{"t=T", "t=zw"}));
+    EXPECT_EQ(inUserData(box("\xA9nam", bigEndian(9, 2) + bigEndian(0, 2) + "T")), Texts());
+}
+
+TEST(MediaItems, OfQuickTimeMayHaveKeys) {
+    const auto key = [](const std::string& name) {
+        return bigEndian(8 + name.size(), 4) + "mdta" + name;
+    };
+    const std::string keys =
+        box("keys", bigEndian(0, 4) + bigEndian(3, 4) + key("other") +
+                        key("com.apple.quicktime.artist") + key("com.apple.quicktime.title"));
+    const auto item = [](std::uint32_t number, const std::string& text) {
+        return value(bigEndian(number, 4), text);
+    };
+    const std::string list =
+        box("ilst", item(3, "T") + item(1, "no") + item(2, "A") + item(4, "no") + item(0, "no"));
+    EXPECT_EQ(mp4(box("moov", box("meta", box("hdlr", std::string(24, '\0')) + keys + list))),
+              (Texts{"t=T", "a=A"}));
+}
+
+TEST(MediaItems, OfPhonesAreTextsInTwoEncodings) {
+    EXPECT_EQ(inUserData(box("titl", std::string(6, '\0') + "T\0"s) +
+                         box("perf", std::string(6, '\0') + "\xFE\xFF\0A\0\0"s) +
+                         box("albm", "short")),
+              (Texts{"t=T", "a=A"}));
+}
+
+TEST(MediaItems, OfDamagedMp4EndWhereTheDamageIs) {
+    const std::string list = box("ilst", value("\xA9nam", "T"));
+    EXPECT_EQ(inUserData(box("meta", bigEndian(0, 4) + list) + bigEndian(4, 4) + "size"),
+              Texts{"t=T"});
+    EXPECT_EQ(inUserData(bigEndian(0xFFFFFFFF, 4) + "free" + box("meta", bigEndian(0, 4) + list)),
+              Texts());
+    EXPECT_EQ(inUserData(bigEndian(1, 4) + "free" + bigEndian(0xFFFFFFFFFFFFFFFF, 8)), Texts());
+    EXPECT_EQ(mp4(box("moov", box("meta", ""))), Texts());
+    // More boxes than any file has.
+    std::string many;
+    for (int i = 0; i < 20'000; ++i) {
+        many += box("free", "");
+    }
+    EXPECT_EQ(inUserData(many + box("meta", bigEndian(0, 4) + list)), Texts());
+}
+
+TEST(MediaItems, OfVorbisKeepTheirOrderAndWhatIsTwiceThere) {
+    EXPECT_EQ(comments(comment("maker") + littleEndian(6) + comment("Artist=A") +
+                       comment("TITLE=T=1") + comment("title=") + comment("ALBUMARTIST=no") +
+                       comment("ALBUM=L") + comment("TITLE=T=1")),
+              (Texts{"a=A", "t=T=1", "t=", "l=L", "t=T=1"}));
+}
+
+TEST(MediaItems, OfDamagedVorbisEndWhereTheDamageIs) {
+    EXPECT_EQ(comments(""), Texts());
+    EXPECT_EQ(comments(littleEndian(0xFFFFFFFF)), Texts());
+    const std::string one = comment("") + littleEndian(0xFFFFFFFF) + comment("TITLE=T");
+    EXPECT_EQ(comments(one), Texts{"t=T"});
+    EXPECT_EQ(comments(one + littleEndian(8) + "TITLE=x"), Texts{"t=T"});
+    EXPECT_EQ(comments(one + "\1\2"), Texts{"t=T"});
+}
+
+TEST(MediaItems, TagsEndWhereTheySay) {
+    const std::string tag = "ID3\4\0\0\0\0\1\2"s + std::string(130, 'x');
+    EXPECT_EQ(endOfTags(tag + std::string(100, 'y')), 140U);
+    EXPECT_EQ(endOfTags(tag + tag + "more"), 280U);
+    EXPECT_EQ(endOfTags("ID3\4\0\x10\0\0\0\2xx3DI\4\0\x10\0\0\0\2more"s), 22U);
+    EXPECT_EQ(endOfTags("ID3\4\0\0\x7F\x7F\x7F\x7F"s + "short"), 15U);
+    EXPECT_EQ(endOfTags("ID3\4\0\0\0\0\0"s), 0U);
+    EXPECT_EQ(endOfTags(""), 0U);
+    EXPECT_EQ(endOfTags("TAG" + std::string(125, '\0')), 0U);
+}
+
+TEST(MediaItems, OfTheOldestTagsHaveShortNames) {
+    const auto frame = [](const std::string& name, const std::string& text) {
+        return name + bigEndian(text.size() + 1, 3) + "\0"s + text;
+    };
+    const std::string frames =
+        frame("TP1", "A") + frame("TT2", "T") + frame("TP2", "no") + frame("TAL", "L");
+    EXPECT_EQ(leadingTag("ID3\2\0\0\0\0\0"s + static_cast<char>(frames.size()) + frames),
+              (Texts{"a=A", "t=T", "l=L"}));
+}
