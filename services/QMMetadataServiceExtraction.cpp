@@ -18,9 +18,10 @@ struct Extractor {
     decltype(&QMMetadataService::extractTextMetadata) extract;
 };
 
-constexpr std::array<Extractor, 3> extractors{{
+constexpr std::array<Extractor, 4> extractors{{
     {QMMetadataCategoryImageRaster, &QMMetadataService::extractImageMetadata},
     {QMMetadataCategoryText, &QMMetadataService::extractTextMetadata},
+    {QMMetadataCategoryPDF, &QMMetadataService::extractPDFMetadata},
     {QMMetadataCategoryDiskImage, &QMMetadataService::extractDiskImageMetadata},
 }};
 
