@@ -4,7 +4,6 @@
 #include "tests/unit/support/PDFSamples.h"
 #include "tests/unit/support/ShellCommand.h"
 
-#include <algorithm>
 #include <sstream>
 
 #include <gtest/gtest.h>
@@ -46,8 +45,8 @@ std::string linesOf(const PDFDocumentProperties& document) {
         text += value ? platform::format("{}={}\n", name, withoutBlanksAtTheEnds(*value)) : "";
     };
     add("Title", document.title);
-    add("Creator", document.creator);
     add("Author", document.author);
+    add("Creator", document.creator);
     text += platform::format("Pages={}\n", document.pageCount);
     text += document.isEncrypted ? "Encrypted=ye\n" : "Encrypted=no\n";
     text +=
@@ -55,14 +54,16 @@ std::string linesOf(const PDFDocumentProperties& document) {
     return text;
 }
 
-bool isAmong(const std::string& name, std::initializer_list<std::string_view> names) {
-    return std::ranges::find(names, name) != names.end();
+// Where other programs take what the root of the pages says, however wrong.
+bool hasWrongCount(const std::string& name) {
+    return name.starts_with("count-") || name == "tree-with-loop.pdf" ||
+           name == "page-for-root.pdf";
 }
 
-// Where pdfinfo is known to differ: it takes any count that it can, or none; titles for lines; what
-// UTF-8 there is for something else; and a header without a version for 0.0 as here.
+// Where pdfinfo knows less: UTF-8, line ends and NULs in texts, the information of a document whose
+// table of objects had to be made anew.
 bool differsFromPdfinfo(const std::string& name) {
-    return name.starts_with("count-") || name.starts_with("tree-") || name == "escaped-title.pdf" ||
+    return hasWrongCount(name) || name == "escaped-title.pdf" || name == "title-nul.pdf" ||
            name == "title-utf8.pdf" || name == "wrong-offsets.pdf";
 }
 
@@ -72,7 +73,7 @@ TEST(PDFTools, PdfinfoAgreesOnAllThatItReads) {
         const std::string expected = linesOfPdfinfo(name);
         const auto found = pdf_samples::read(name, false);
         if (expected.empty()) {
-            EXPECT_TRUE(!found || (found->isEncrypted && found->pageCount == 0)) << name;
+            EXPECT_TRUE(!found || found->pageCount == 0 || hasWrongCount(name)) << name;
         } else if (!differsFromPdfinfo(name)) {
             ASSERT_TRUE(found) << name;
             EXPECT_EQ(linesOf(*found), expected) << name;
@@ -88,13 +89,13 @@ TEST(PDFTools, QpdfAgreesOnTheNumberOfPages) {
         const std::string counted = outputOfShell(
             "qpdf --show-npages '" + pdf_samples::pathOf(name) + "' || [ $? = 3 ] || echo -");
         const auto found = pdf_samples::read(name, false);
-        if (counted.find('-') == std::string::npos) {
+        if (counted.find('-') == std::string::npos && !hasWrongCount(name)) {
             ASSERT_TRUE(found) << name;
             EXPECT_EQ(platform::format("{}\n", found->pageCount), counted) << name;
             ++compared;
         }
     }
-    EXPECT_GE(compared, 60);
+    EXPECT_GE(compared, 55);
 }
 
 TEST(PDFTools, QpdfAgreesOnEncryption) {
