@@ -4,6 +4,7 @@
 #include "platform/linux/Cbor.h"
 #include "platform/linux/worker/ImageAnswer.h"
 #include "platform/linux/worker/MediaMessage.h"
+#include "platform/linux/worker/PDFAnswer.h"
 
 #include <algorithm>
 
@@ -20,6 +21,7 @@ void readMessage(DataView bytes) {
     fuzzing::require(std::equal(head.begin(), head.end(), bytes.begin()));
     fuzzing::require(head.size() + answer->value.size() == bytes.size());
     static_cast<void>(worker::decodedImageProperties(answer->value));
+    static_cast<void>(worker::decodedPDFProperties(answer->value));
 }
 
 void readValue(DataView bytes) {
@@ -32,6 +34,10 @@ void readValue(DataView bytes) {
     if (const auto properties = worker::decodedImageProperties(bytes)) {
         const auto written = worker::encodedImageProperties(*properties);
         fuzzing::require(worker::decodedImageProperties(written) == properties);
+    }
+    if (const auto properties = worker::decodedPDFProperties(bytes)) {
+        const auto written = worker::encodedPDFProperties(*properties);
+        fuzzing::require(worker::decodedPDFProperties(written) == properties);
     }
 }
 
