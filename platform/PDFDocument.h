@@ -15,7 +15,7 @@ struct PDFDocumentProperties {
         std::int32_t major = 0;
         std::int32_t minor = 0;
 
-        friend auto operator<=>(const Version&, const Version&) = default;
+        friend bool operator==(const Version&, const Version&) = default;
     };
 
     std::uint64_t pageCount = 0; ///< 0 as well for a document that only a password opens

@@ -7,6 +7,7 @@
 
 namespace {
 
+using platform::pdf::laterOf;
 using platform::pdf::versionIn;
 using platform::pdf::versionOfHeader;
 using Version = platform::PDFDocumentProperties::Version;
@@ -34,8 +35,10 @@ TEST(PDFVersion, IsFoundWhereverTheHeaderLies) {
 }
 
 TEST(PDFVersion, IsLaterByItsFirstNumberFirst) {
-    EXPECT_LT((Version{1, 7}), (Version{2, 0}));
-    EXPECT_LT((Version{1, 4}), (Version{1, 10}));
+    EXPECT_EQ(laterOf({1, 7}, {2, 0}), (Version{2, 0}));
+    EXPECT_EQ(laterOf({2, 0}, {1, 7}), (Version{2, 0}));
+    EXPECT_EQ(laterOf({1, 4}, {1, 10}), (Version{1, 10}));
+    EXPECT_EQ(laterOf({1, 4}, {1, 4}), (Version{1, 4}));
 }
 
 } // namespace

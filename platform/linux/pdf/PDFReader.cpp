@@ -8,7 +8,6 @@
 #include "platform/linux/pdf/PageTree.h"
 #include "platform/linux/pdf/TextString.h"
 
-#include <algorithm>
 #include <array>
 #include <exception>
 
@@ -65,7 +64,7 @@ std::optional<PDFDocumentProperties> propertiesOf(PDFDoc& document, const Versio
         return std::nullopt;
     }
     PDFDocumentProperties properties;
-    properties.version = std::max(header, catalogVersionOf(document));
+    properties.version = laterOf(header, catalogVersionOf(document));
     properties.isEncrypted = isLocked || document.isEncrypted();
     if (!isLocked) {
         addContents(document, wantsText, properties);

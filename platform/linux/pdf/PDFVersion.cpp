@@ -2,6 +2,7 @@
 #include "platform/linux/pdf/PDFVersion.h"
 
 #include <charconv>
+#include <tuple>
 
 namespace platform::pdf {
 namespace {
@@ -29,6 +30,11 @@ PDFDocumentProperties::Version versionIn(std::string_view text) {
     const auto minor = takeNumber(text);
     return minor ? PDFDocumentProperties::Version{*major, *minor}
                  : PDFDocumentProperties::Version();
+}
+
+PDFDocumentProperties::Version laterOf(const PDFDocumentProperties::Version& one,
+                                       const PDFDocumentProperties::Version& other) {
+    return std::tie(one.major, one.minor) < std::tie(other.major, other.minor) ? other : one;
 }
 
 std::optional<PDFDocumentProperties::Version> versionOfHeader(std::string_view firstBytes) {

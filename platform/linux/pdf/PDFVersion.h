@@ -15,6 +15,10 @@ inline constexpr std::size_t headerSize = 1024;
 /// The version in "major.minor", as at the beginning of `text`: 0.0 when that is none.
 [[nodiscard]] PDFDocumentProperties::Version versionIn(std::string_view text);
 
+/// The later of the two.
+[[nodiscard]] PDFDocumentProperties::Version laterOf(const PDFDocumentProperties::Version& one,
+                                                     const PDFDocumentProperties::Version& other);
+
 /// The version in the header that lies somewhere in the first bytes of a file, 0.0 when it has
 /// none; nullopt when they hold no header. Any thread.
 [[nodiscard]] std::optional<PDFDocumentProperties::Version>
