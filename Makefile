@@ -52,7 +52,7 @@ tidy:
 
 install: build
 	@cmake --build --preset release --target quillmere-hdiutil \
-		quillmere-media-worker quillmere-media-worker-av >&2
+		quillmere-media-worker quillmere-media-worker-av quillmere-media-worker-pdf >&2
 	cmake --install $(BUILD) --prefix $(PREFIX)
 
 format:

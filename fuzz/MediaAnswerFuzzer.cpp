@@ -5,6 +5,7 @@
 #include "platform/linux/worker/AssetAnswer.h"
 #include "platform/linux/worker/ImageAnswer.h"
 #include "platform/linux/worker/MediaMessage.h"
+#include "platform/linux/worker/PDFAnswer.h"
 
 #include <algorithm>
 
@@ -21,6 +22,7 @@ void readMessage(DataView bytes) {
     fuzzing::require(std::equal(head.begin(), head.end(), bytes.begin()));
     fuzzing::require(head.size() + answer->value.size() == bytes.size());
     static_cast<void>(worker::decodedImageProperties(answer->value));
+    static_cast<void>(worker::decodedPDFProperties(answer->value));
 }
 
 void readValue(DataView bytes) {
@@ -36,6 +38,10 @@ void readValue(DataView bytes) {
     if (const auto asset = worker::decodedMediaAsset(bytes)) {
         const auto written = worker::encodedMediaAsset(*asset);
         fuzzing::require(worker::decodedMediaAsset(written) == asset);
+    }
+    if (const auto document = worker::decodedPDFProperties(bytes)) {
+        const auto written = worker::encodedPDFProperties(*document);
+        fuzzing::require(worker::decodedPDFProperties(written) == document);
     }
 }
 

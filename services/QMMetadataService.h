@@ -7,6 +7,7 @@
 #include "model/QMMetadataResult.h"
 #include "platform/ImageSource.h"
 #include "platform/MediaAsset.h"
+#include "platform/PDFDocument.h"
 #include "platform/PropertyList.h"
 #include "services/QMDiskImageService.h"
 
@@ -35,6 +36,9 @@ public:
     /// does; called on any thread, several files at once.
     using AssetReader = std::function<std::optional<platform::MediaAssetProperties>(
         const std::string& path, bool wantsMetadata)>;
+    /// The same for PDFs, as `platform::pdfDocumentPropertiesOfFile`.
+    using PDFReader = std::function<std::optional<platform::PDFDocumentProperties>(
+        const std::string& path, bool wantsText)>;
 
     /// What a service works with. Others than the defaults are for tests.
     struct Settings {
@@ -44,6 +48,8 @@ public:
         ImageReader imageReader = {};
         /// Reads films and recordings; empty for the one of the system.
         AssetReader assetReader = {};
+        /// Reads PDFs; empty for the one of the system.
+        PDFReader pdfReader = {};
     };
 
     /// The one service of the process, made when it is first asked for.
@@ -118,6 +124,11 @@ public:
     /// fails counts as one that cannot be opened.
     void extractTextMetadata(const std::string& path, const Keys& enabledKeys,
                              QMMetadataEntries& into) const;
+
+    /// How many pages a PDF has, its version, what it says of its origin, whether it is encrypted,
+    /// and, only for the key "searchable", whether its first page has text. No other page is read.
+    void extractPDFMetadata(const std::string& path, const Keys& enabledKeys,
+                            QMMetadataEntries& into) const;
 
     /// Format, size, encryption and partition scheme of a disk image, as the disk-image tool tells
     /// them. The tool runs whatever is enabled, and takes its time.

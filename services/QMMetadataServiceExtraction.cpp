@@ -18,11 +18,12 @@ struct Extractor {
     decltype(&QMMetadataService::extractTextMetadata) extract;
 };
 
-constexpr std::array<Extractor, 5> extractors{{
+constexpr std::array<Extractor, 6> extractors{{
     {QMMetadataCategoryImageRaster, &QMMetadataService::extractImageMetadata},
     {QMMetadataCategoryVideo, &QMMetadataService::extractVideoMetadata},
     {QMMetadataCategoryAudio, &QMMetadataService::extractAudioMetadata},
     {QMMetadataCategoryText, &QMMetadataService::extractTextMetadata},
+    {QMMetadataCategoryPDF, &QMMetadataService::extractPDFMetadata},
     {QMMetadataCategoryDiskImage, &QMMetadataService::extractDiskImageMetadata},
 }};
 
