@@ -101,10 +101,9 @@ void appendItems(const MediaAssetProperties& asset, const QMMetadataService::Key
         const auto* const field =
             std::ranges::find(itemFields, item.commonKey, &ItemField::commonKey);
         if (field != itemFields.end() && QMMetadataService::containsKey(enabledKeys, field->key)) {
-            into.push_back(
-                field->makeEntry(std::string(field->key),
-                                 platform::LocalizedStrings::stringForKey(field->labelKey),
-                                 item.stringValue));
+            into.push_back(field->makeEntry(
+                std::string(field->key), platform::LocalizedStrings::stringForKey(field->labelKey),
+                item.stringValue));
         }
     }
 }
@@ -113,10 +112,9 @@ void appendItems(const MediaAssetProperties& asset, const QMMetadataService::Key
 
 void QMMetadataService::extractAudioMetadata(const std::string& path, const Keys& enabledKeys,
                                              QMMetadataEntries& into) const {
-    const bool wantsItems =
-        std::ranges::any_of(itemFields, [&enabledKeys](const ItemField& field) {
-            return containsKey(enabledKeys, field.key);
-        });
+    const bool wantsItems = std::ranges::any_of(itemFields, [&enabledKeys](const ItemField& field) {
+        return containsKey(enabledKeys, field.key);
+    });
     const auto asset = assetPropertiesOfFile(path, wantsItems);
     if (!asset) {
         return;

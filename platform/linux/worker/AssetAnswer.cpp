@@ -213,8 +213,7 @@ private:
     // count that it was checked for.
     template <class Value>
     const Value* next() {
-        const auto* found =
-            m_isSound ? std::get_if<Value>(&m_list->at(m_next++).value()) : nullptr;
+        const auto* found = m_isSound ? std::get_if<Value>(&m_list->at(m_next++).value()) : nullptr;
         m_isSound = found != nullptr;
         return found;
     }

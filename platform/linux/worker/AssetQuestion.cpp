@@ -6,9 +6,8 @@
 
 namespace platform::worker {
 
-std::optional<MediaAssetProperties> mediaAssetProperties(MediaWorker& worker,
-                                                         const std::string& path,
-                                                         bool wantsMetadata) {
+std::optional<MediaAssetProperties>
+mediaAssetProperties(MediaWorker& worker, const std::string& path, bool wantsMetadata) {
     const Descriptor file = openRegularFile(path);
     if (file.number() < 0) {
         return std::nullopt;
