@@ -32,10 +32,11 @@ endif()
 # include what they use go unnoticed then, so some build has to do without. The environment chooses
 # it for builds that others configure.
 option(QM_PRECOMPILE_HEADERS "Compile common headers once" "$ENV{QM_PRECOMPILE_HEADERS}")
+set(qm_common_headers
+  <algorithm> <array> <chrono> <cstddef> <cstdint> <filesystem> <functional> <memory> <mutex>
+  <optional> <span> <string> <string_view> <thread> <utility> <variant> <vector>)
 function(qm_precompile_headers target)
   if(QM_PRECOMPILE_HEADERS)
-    target_precompile_headers(${target} PRIVATE
-      <algorithm> <array> <chrono> <cstddef> <cstdint> <filesystem> <functional> <memory> <mutex>
-      <optional> <span> <string> <string_view> <thread> <utility> <variant> <vector> ${ARGN})
+    target_precompile_headers(${target} PRIVATE ${qm_common_headers})
   endif()
 endfunction()
