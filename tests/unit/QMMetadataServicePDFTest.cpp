@@ -69,7 +69,7 @@ TEST(QMMetadataServicePDF, WhatTheFileDoesNotSayHasNoEntry) {
     document.pageCount = 1;
     EXPECT_EQ(valuesOf(document),
               (Texts{"pageCount=1", "encrypted=meta.no", "searchable=meta.no"}));
-    document.version.emplace();
+    document.version = PDFDocumentProperties::Version();
     document.hasText = false;
     EXPECT_EQ(valuesOf(document),
               (Texts{"pageCount=1", "pdfVersion=0.0", "encrypted=meta.no", "searchable=meta.no"}));
