@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <span>
+#include <string_view>
 
 namespace platform::av {
 namespace {
@@ -13,9 +14,9 @@ namespace {
 using FourCharCode = MediaAssetProperties::FourCharCode;
 using Code = std::optional<FourCharCode>;
 
-constexpr FourCharCode code(const char (&text)[5]) {
+constexpr FourCharCode code(std::string_view text) {
     FourCharCode result = 0;
-    for (const char character : std::span(text).first<4>()) {
+    for (const char character : text) {
         result = (result << 8U) | static_cast<unsigned char>(character);
     }
     return result;
@@ -23,7 +24,8 @@ constexpr FourCharCode code(const char (&text)[5]) {
 
 // Formats of Windows' wave files: two letters and the number of the format.
 constexpr FourCharCode waveFormat(std::uint16_t number) {
-    return code("ms\0\0") | number;
+    constexpr unsigned numberBits = 16;
+    return code("ms") << numberBits | number;
 }
 
 struct Row {
