@@ -25,7 +25,7 @@ constexpr int exifSegment = JPEG_APP0 + 1;
 constexpr int profileSegment = JPEG_APP0 + 2;
 constexpr int multiPictureSegment = JPEG_APP0 + 2;
 constexpr int photoshopSegment = JPEG_APP0 + 13;
-constexpr std::string_view xmpMark = "http://ns.adobe.com/xap/1.0/\0"sv; // XMP Specification Part 3
+constexpr std::string_view xmpMark = "http://ns.adobe.com/xap/1.0/\0"sv; // "XMP: Storage in Files"
 
 // The library's way of reporting errors is to call a function that must not return. Between the
 // jump and its target no object with a destructor may live.

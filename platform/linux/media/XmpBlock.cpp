@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where XMP keeps what Exif and TIFF have fields for: ISO 16684-1, Annex A of the earlier XMP
-// Specification Part 2 ("exif:", "tiff:"), and CIPA DC-010 ("exifEX:").
+// Where XMP keeps what Exif and TIFF have fields for: ISO 16684-1, Adobe's "XMP: Additional
+// Properties" ("exif:", "tiff:"), and CIPA DC-010 ("exifEX:").
 #include "platform/linux/media/ImageText.h"
 #include "platform/linux/media/PhotoBlocks.h"
 #include "platform/linux/media/XmpPacket.h"
