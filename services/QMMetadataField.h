@@ -22,6 +22,11 @@ struct QMMetadataField {
     std::string_view fixedLabel = {}; ///< the label where there is no key for it
 };
 
+/// "Yes" or "No" in the user's language. Any thread.
+[[nodiscard]] inline std::string qm_yesOrNo(bool value) {
+    return platform::LocalizedStrings::stringForKey(value ? "meta.yes" : "meta.no");
+}
+
 /// Appends to `into` the entries of those `fields` that are among `enabledKeys` and have a value,
 /// in the order of `fields`. Values are looked for only where the key is enabled. Any thread.
 template <class Source>

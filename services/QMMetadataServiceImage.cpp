@@ -9,7 +9,6 @@
 
 using platform::DateFormatter;
 using platform::ImageProperties;
-using platform::LocalizedStrings::stringForKey;
 
 namespace {
 
@@ -54,8 +53,7 @@ Value dpi(const ImageProperties& image) {
 }
 
 Value hasAlpha(const ImageProperties& image) {
-    return image.hasAlpha ? Value(stringForKey(*image.hasAlpha ? "meta.yes" : "meta.no"))
-                          : std::nullopt;
+    return image.hasAlpha ? Value(qm_yesOrNo(*image.hasAlpha)) : std::nullopt;
 }
 
 Value animated(const ImageProperties& image) {

@@ -1,20 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/Format.h"
-#include "platform/LocalizedStrings.h"
 #include "services/QMMetadataField.h"
 
 #include <array>
 
 using platform::PDFDocumentProperties;
-using platform::LocalizedStrings::stringForKey;
 
 namespace {
 
 using Value = std::optional<std::string>;
-
-Value yesOrNo(bool value) {
-    return stringForKey(value ? "meta.yes" : "meta.no");
-}
 
 Value pageCount(const PDFDocumentProperties& document) {
     return platform::format("{}", document.pageCount);
@@ -39,11 +33,12 @@ Value creator(const PDFDocumentProperties& document) {
 }
 
 Value encrypted(const PDFDocumentProperties& document) {
-    return yesOrNo(document.isEncrypted);
+    return qm_yesOrNo(document.isEncrypted);
 }
 
 Value searchable(const PDFDocumentProperties& document) {
-    return document.pageCount == 0 ? std::nullopt : yesOrNo(document.hasText.value_or(false));
+    return document.pageCount == 0 ? std::nullopt
+                                   : Value(qm_yesOrNo(document.hasText.value_or(false)));
 }
 
 constexpr std::string_view searchableKey = "searchable";

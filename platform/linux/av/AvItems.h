@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 struct AVFormatContext;
@@ -15,6 +16,12 @@ struct AVFormatContext;
 namespace platform::av {
 
 using Items = std::vector<MediaAssetProperties::MetadataItem>;
+
+/// What a container calls an item. A row of the tables of the readers.
+struct ItemName {
+    std::string_view name;
+    MediaAssetProperties::MetadataItem::CommonKey key;
+};
 
 /// Where the ID3v2 tags at the beginning of a file end; 0 when there is none.
 [[nodiscard]] std::uint64_t endOfLeadingTags(const AvFile& file);

@@ -22,33 +22,29 @@ using Keys = std::vector<std::optional<CommonKey>>;
 
 using Box = Mp4Box;
 
-struct Name {
-    std::string_view name;
-    CommonKey key;
-};
 constexpr std::array textNames{
-    Name{"\xA9nam", CommonKey::title},
-    Name{"\xA9"
-         "ART",
-         CommonKey::artist},
-    Name{"\xA9"
-         "alb",
-         CommonKey::albumName},
+    ItemName{"\xA9nam", CommonKey::title},
+    ItemName{"\xA9"
+             "ART",
+             CommonKey::artist},
+    ItemName{"\xA9"
+             "alb",
+             CommonKey::albumName},
 };
 constexpr std::array mobileNames{
-    Name{"titl", CommonKey::title},
-    Name{"perf", CommonKey::artist},
-    Name{"albm", CommonKey::albumName},
+    ItemName{"titl", CommonKey::title},
+    ItemName{"perf", CommonKey::artist},
+    ItemName{"albm", CommonKey::albumName},
 };
 constexpr std::array keyNames{
-    Name{"com.apple.quicktime.title", CommonKey::title},
-    Name{"com.apple.quicktime.artist", CommonKey::artist},
-    Name{"com.apple.quicktime.album", CommonKey::albumName},
+    ItemName{"com.apple.quicktime.title", CommonKey::title},
+    ItemName{"com.apple.quicktime.artist", CommonKey::artist},
+    ItemName{"com.apple.quicktime.album", CommonKey::albumName},
 };
 
-std::optional<CommonKey> find(std::span<const Name> table, BoxType wanted) {
+std::optional<CommonKey> find(std::span<const ItemName> table, BoxType wanted) {
     const auto name = std::ranges::find_if(
-        table, [wanted](const Name& one) { return boxType(one.name) == wanted; });
+        table, [wanted](const ItemName& one) { return boxType(one.name) == wanted; });
     return name == table.end() ? std::nullopt : std::optional(name->key);
 }
 
@@ -132,7 +128,7 @@ private:
                 break;
             }
             const DataView name = bytes.subspan(headSize, size - headSize);
-            const auto* const known = std::ranges::find_if(keyNames, [name](const Name& one) {
+            const auto* const known = std::ranges::find_if(keyNames, [name](const ItemName& one) {
                 return std::ranges::equal(name, platform::bytesOf(one.name));
             });
             keys.push_back(known == keyNames.end() ? std::nullopt : std::optional(known->key));

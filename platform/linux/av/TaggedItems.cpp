@@ -105,25 +105,22 @@ DataView viewOf(const TagLib::ByteVector& bytes) {
 }
 
 // The frames' names in version 2.3 and 2.4 of ID3; those of version 2.2 become the same.
-struct Name {
-    std::string_view name;
-    CommonKey key;
-};
 constexpr std::array frameNames{
-    Name{"TIT2", CommonKey::title},
-    Name{"TPE1", CommonKey::artist},
-    Name{"TALB", CommonKey::albumName},
+    ItemName{"TIT2", CommonKey::title},
+    ItemName{"TPE1", CommonKey::artist},
+    ItemName{"TALB", CommonKey::albumName},
 };
 constexpr std::array chunkNames{
-    Name{"NAME", CommonKey::title},
-    Name{"AUTH", CommonKey::artist},
+    ItemName{"NAME", CommonKey::title},
+    ItemName{"AUTH", CommonKey::artist},
 };
 
 template <std::size_t size>
-const Name* find(const std::array<Name, size>& table, const TagLib::ByteVector& name) {
-    const auto* const found = std::ranges::find_if(table, [view = viewOf(name)](const Name& one) {
-        return view.size() == one.name.size() && hasTextAt(view, 0, one.name);
-    });
+const ItemName* find(const std::array<ItemName, size>& table, const TagLib::ByteVector& name) {
+    const auto* const found =
+        std::ranges::find_if(table, [view = viewOf(name)](const ItemName& one) {
+            return view.size() == one.name.size() && hasTextAt(view, 0, one.name);
+        });
     return found == table.end() ? nullptr : found;
 }
 
@@ -138,7 +135,7 @@ void appendTag(TagLib::File& file, long offset, Items& items) {
     const TagLib::ID3v2::Tag tag(&file, offset, TagLib::ID3v2::FrameFactory::instance());
     for (const TagLib::ID3v2::Frame* frame : tag.frameList()) {
         const auto* const text = dynamic_cast<const TagLib::ID3v2::TextIdentificationFrame*>(frame);
-        const Name* const name = text == nullptr ? nullptr : find(frameNames, frame->frameID());
+        const ItemName* const name = text == nullptr ? nullptr : find(frameNames, frame->frameID());
         if (name != nullptr) {
             items.push_back({name->key, textOf(text->fieldList())});
         }
@@ -176,7 +173,7 @@ Items itemsOfChunks(const AvFile& file, bool isAiff) {
     Items items;
     for (unsigned i = 0; i < chunks.count(); ++i) {
         const TagLib::ByteVector name = chunks.nameOf(i);
-        const Name* const known = isAiff ? find(chunkNames, name) : nullptr;
+        const ItemName* const known = isAiff ? find(chunkNames, name) : nullptr;
         if (name == "ID3 " || name == "id3 ") {
             appendTag(chunks, chunks.offsetOf(i), items);
         } else if (known != nullptr) {

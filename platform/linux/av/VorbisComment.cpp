@@ -13,14 +13,10 @@ namespace {
 
 using CommonKey = MediaAssetProperties::MetadataItem::CommonKey;
 
-struct Name {
-    std::string_view mark;
-    CommonKey key;
-};
 constexpr std::array names{
-    Name{"TITLE=", CommonKey::title},
-    Name{"ARTIST=", CommonKey::artist},
-    Name{"ALBUM=", CommonKey::albumName},
+    ItemName{"TITLE=", CommonKey::title},
+    ItemName{"ARTIST=", CommonKey::artist},
+    ItemName{"ALBUM=", CommonKey::albumName},
 };
 
 // Names are ASCII in any case.
@@ -80,9 +76,9 @@ Items itemsOfVorbisComment(DataView bytes) {
             break;
         }
         const auto* const name = std::ranges::find_if(
-            names, [&comment](const Name& one) { return startsWith(*comment, one.mark); });
+            names, [&comment](const ItemName& one) { return startsWith(*comment, one.name); });
         if (name != names.end()) {
-            items.push_back({name->key, itemText(comment->subspan(name->mark.size()))});
+            items.push_back({name->key, itemText(comment->subspan(name->name.size()))});
         }
     }
     return items;

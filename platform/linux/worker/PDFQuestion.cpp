@@ -2,6 +2,7 @@
 #include "platform/linux/worker/PDFQuestion.h"
 
 #include "platform/linux/RegularFile.h"
+#include "platform/linux/worker/MediaQuestion.h"
 #include "platform/linux/worker/PDFAnswer.h"
 
 namespace platform::worker {
@@ -12,13 +13,10 @@ std::optional<PDFDocumentProperties> ask(MediaWorker& worker, const Descriptor& 
     MediaRequest request;
     request.kind = MediaKind::pdfDocument;
     request.wantsText = wantsText;
-    std::optional<PDFDocumentProperties> properties;
-    const bool isAnswered = worker.ask(request, file.number(), [&](DataView value) {
-        properties = decodedPDFProperties(value);
-        // What nobody asked for is not what was asked for either.
-        return properties && (wantsText || !properties->hasText);
-    });
-    return isAnswered ? properties : std::nullopt;
+    return answerTo(request, worker, file, decodedPDFProperties,
+                    [wantsText](const PDFDocumentProperties& properties) {
+                        return wantsText || !properties.hasText;
+                    });
 }
 
 } // namespace
@@ -26,9 +24,6 @@ std::optional<PDFDocumentProperties> ask(MediaWorker& worker, const Descriptor& 
 std::optional<PDFDocumentProperties>
 pdfDocumentProperties(MediaWorker& worker, const std::string& path, bool wantsText) {
     const Descriptor file = openRegularFile(path);
-    if (file.number() < 0) {
-        return std::nullopt;
-    }
     const auto properties = ask(worker, file, wantsText);
     // The content of a page can do more harm than all else in the file.
     return properties || !wantsText ? properties : ask(worker, file, false);
