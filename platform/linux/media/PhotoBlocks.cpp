@@ -136,7 +136,7 @@ void addPhotoTags(const PhotoTags& tags, ImageProperties& properties) {
     }
     addResolution(tags, properties);
     if (const auto packet = tags.xmpPacket()) {
-        addXmp(platform::bytesOf(*packet), properties);
+        addXmp(bytesOf(*packet), properties);
     }
 }
 

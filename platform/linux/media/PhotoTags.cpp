@@ -135,7 +135,7 @@ bool isText(const Exiv2::Value& value) {
     }
 }
 
-std::string bytesOf(const Exiv2::Value& value) {
+std::string storedBytes(const Exiv2::Value& value) {
     std::vector<Exiv2::byte> bytes(static_cast<std::size_t>(std::max(value.size(), 0L)));
     value.copy(bytes.data(), Exiv2::bigEndian);
     return {bytes.begin(), bytes.end()};
@@ -143,7 +143,7 @@ std::string bytesOf(const Exiv2::Value& value) {
 
 std::optional<std::string> copyrightNoticeOf(const Exiv2::IptcData& record) {
     const auto field = record.findKey(Exiv2::IptcKey("Iptc.Application2.Copyright"));
-    return field == record.end() ? std::nullopt : std::optional(bytesOf(field->value()));
+    return field == record.end() ? std::nullopt : std::optional(storedBytes(field->value()));
 }
 
 } // namespace
@@ -193,7 +193,7 @@ bool PhotoTags::hasField(const std::string& name) const {
 
 std::optional<std::string> PhotoTags::text(const std::string& name) const {
     const Exiv2::Value* const value = m_fields->value(name);
-    return value == nullptr || !isText(*value) ? std::nullopt : std::optional(bytesOf(*value));
+    return value == nullptr || !isText(*value) ? std::nullopt : std::optional(storedBytes(*value));
 }
 
 std::optional<double> PhotoTags::number(const std::string& name, std::size_t index) const {
