@@ -101,6 +101,26 @@ Json asJson(const std::string& path, const QMMetadataResult* result) {
                         {"entries", std::move(entries)}};
 }
 
+// As an array with nothing else in it has it. Of texts and numbers there is nothing to fail.
+std::string asElement(Json json) {
+    constexpr std::string_view begin = "[\n";
+    constexpr std::string_view end = "\n]";
+    Json::Array array;
+    array.push_back(std::move(json));
+    std::string error;
+    const std::string text = Json(std::move(array)).serialized(error).value();
+    return text.substr(begin.size(), text.size() - begin.size() - end.size());
+}
+
+void print(const std::vector<std::string>& elements) {
+    const char* separator = "[\n";
+    for (const std::string& element : elements) {
+        std::printf("%s%s", separator, element.c_str());
+        separator = ",\n";
+    }
+    std::puts("\n]");
+}
+
 /// Keeps as many extractions in flight as it may, until all files are done. Lives on the thread of
 /// the main queue.
 class Extractions {
@@ -109,7 +129,8 @@ public:
         : options(std::move(wanted))
         , results(options.files.size()) {}
 
-    Json::Array run() {
+    /// The results as elements of an array, in the order of the files.
+    std::vector<std::string> run() {
         // On the main queue, so that it is there before files can take up all descriptors.
         platform::DispatchQueue::asyncMain([this] { startSome(); });
         platform::DispatchQueue::runMainQueueUntil([this] { return done == results.size(); });
@@ -129,18 +150,19 @@ private:
         isStarting = true;
         QMMetadataService::sharedService()->extractMetadataForFileItem(
             item, [this, number](const std::shared_ptr<QMMetadataResult>& result) {
-                results[number] = asJson(options.files[number], result.get());
                 ++done;
                 // An answer that comes at once is followed by the next file anyway.
                 if (!isStarting) {
                     startSome();
                 }
+                // While the next file is read.
+                results[number] = asElement(asJson(options.files[number], result.get()));
             });
         isStarting = false;
     }
 
     Options options;
-    Json::Array results;
+    std::vector<std::string> results;
     std::size_t next = 0;
     std::size_t done = 0;
     bool isStarting = false;
@@ -158,13 +180,7 @@ int main(int argc, char* argv[]) {
         enableOnly(*options->keys);
     }
     QMPreferencesKeys::registerDefaults();
-    std::string error;
-    const auto text = Json(Extractions(*std::move(options)).run()).serialized(error);
-    if (!text) {
-        std::fprintf(stderr, "%s\n", error.c_str());
-        return 1;
-    }
-    std::printf("%s\n", text->c_str());
+    print(Extractions(*std::move(options)).run());
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
         std::perror("show_metadata");
         return 1;

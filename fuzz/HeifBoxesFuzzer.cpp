@@ -2,6 +2,7 @@
 // Looks through bytes as the boxes of a HEIF file.
 #include "fuzz/Fuzzing.h"
 #include "platform/linux/media/HeifBoxes.h"
+#include "platform/linux/media/HeifItems.h"
 #include "tests/unit/support/MemoryFile.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -10,5 +11,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     fuzzing::require(file.has_value());
     // Something has to say so.
     fuzzing::require(!platform::media::isMonochromeHeif(*file) || size > 3);
+    fuzzing::require(platform::media::endOfHeifDescription(*file) <= size);
+    for (const auto& number : platform::media::lengthsOfHeifPictures(*file)) {
+        fuzzing::require(number.size <= 8 && number.offset + number.size <= size);
+    }
     return 0;
 }

@@ -41,6 +41,11 @@ std::string fileOf(std::string_view properties) {
     return box("ftyp", "heic").append(longBox("free", "x")).append(box("meta", meta));
 }
 
+std::uint64_t endOfDescription(std::string_view bytes) {
+    const MemoryFile memory(bytes);
+    return platform::media::endOfHeifDescription(ImageFile::of(memory.descriptor()).value());
+}
+
 } // namespace
 
 TEST(HeifBoxes, TellWhetherAnyPictureHasColours) {
@@ -68,4 +73,21 @@ TEST(HeifBoxes, AreNoneWhereTheirSizesMakeNoSense) {
     EXPECT_FALSE(isMonochrome(fileOf(box("hvcC", "short"))));
     EXPECT_FALSE(isMonochrome("\0\0\0\1meta\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"sv));
     EXPECT_FALSE(isMonochrome("\0\0\0\7meta"sv));
+}
+
+TEST(HeifBoxes, DescribeThePicturesUpToTheirData) {
+    const std::string description = fileOf(hevc(1));
+    const std::string data = box("mdat", "data").append(longBox("mdat", "more"));
+    EXPECT_EQ(endOfDescription(description + data), description.size());
+    EXPECT_EQ(endOfDescription(description), description.size());
+    EXPECT_EQ(endOfDescription(""), 0U);
+}
+
+TEST(HeifBoxes, DescribeThePicturesToTheEndWhereDataDoNotComeLast) {
+    for (const std::string& last : {box("meta", "last"), std::string("\0\0\7"sv)}) {
+        const std::string file = fileOf(hevc(1)).append(box("mdat", "data")).append(last);
+        EXPECT_EQ(endOfDescription(file), file.size());
+    }
+    const std::string cut = fileOf(hevc(1)).append(box("mdat", "data").substr(0, 10));
+    EXPECT_EQ(endOfDescription(cut), cut.size());
 }

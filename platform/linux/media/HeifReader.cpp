@@ -5,6 +5,7 @@
 #include "platform/linux/ByteOrder.h"
 #include "platform/linux/media/ColorProfile.h"
 #include "platform/linux/media/HeifBoxes.h"
+#include "platform/linux/media/HeifItems.h"
 #include "platform/linux/media/ImageFormats.h"
 #include "platform/linux/media/PhotoBlocks.h"
 
@@ -13,6 +14,7 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include <libheif/heif.h>
 
@@ -21,31 +23,54 @@ namespace {
 
 constexpr std::size_t bufferSize = 4U << 10U;
 
-BufferedFile& fileOf(void* data) {
-    return *static_cast<BufferedFile*>(data);
+/// The file as libheif sees it, which loads what it can get. It has only the boxes, until their end
+/// was reached, and in these the pictures have no data.
+struct Input {
+    explicit Input(const ImageFile& image)
+        : file(image, bufferSize)
+        , end(endOfHeifDescription(image))
+        , hidden(lengthsOfHeifPictures(image)) {}
+
+    BufferedFile file;
+    std::uint64_t end;
+    std::vector<HeifNumber> hidden;
+};
+
+Input& inputOf(void* data) {
+    return *static_cast<Input*>(data);
 }
 
 std::int64_t position(void* data) {
-    return static_cast<std::int64_t>(fileOf(data).position());
+    return static_cast<std::int64_t>(inputOf(data).file.position());
 }
 
 int readBytes(void* buffer, std::size_t size, void* data) {
+    Input& input = inputOf(data);
     const std::span bytes(static_cast<std::byte*>(buffer), size);
-    return fileOf(data).read(bytes) == size ? 0 : 1;
+    const std::uint64_t offset = input.file.position();
+    if (input.file.read(bytes) != size) {
+        return 1;
+    }
+    hideNumbers(input.hidden, offset, bytes);
+    return 0;
 }
 
 int seek(std::int64_t position, void* data) {
     if (position < 0) {
         return 1;
     }
-    fileOf(data).seek(static_cast<std::uint64_t>(position));
+    inputOf(data).file.seek(static_cast<std::uint64_t>(position));
     return 0;
 }
 
 heif_reader_grow_status waitForSize(std::int64_t size, void* data) {
-    return size >= 0 && static_cast<std::uint64_t>(size) <= fileOf(data).size()
-               ? heif_reader_grow_status_size_reached
-               : heif_reader_grow_status_size_beyond_eof;
+    Input& input = inputOf(data);
+    if (size >= 0 && static_cast<std::uint64_t>(size) <= input.end) {
+        return heif_reader_grow_status_size_reached;
+    }
+    // It has come to the end of the boxes, and reads what is in the items next.
+    input.end = input.file.size();
+    return heif_reader_grow_status_size_beyond_eof;
 }
 
 constexpr heif_reader reader{1, position, readBytes, seek, waitForSize};
@@ -153,11 +178,11 @@ void prepareHeif() {
 }
 
 std::optional<ImageProperties> readHeif(const ImageFile& file, bool wantsImageCount) {
-    BufferedFile bytes(file, bufferSize);
+    Input input(file);
     const Context context(::heif_context_alloc());
     const bool isRead =
         context != nullptr &&
-        isGood(::heif_context_read_from_reader(context.get(), &reader, &bytes, nullptr));
+        isGood(::heif_context_read_from_reader(context.get(), &reader, &input, nullptr));
     const Handle image = isRead ? primaryImage(context) : nullptr;
     if (image == nullptr) {
         return std::nullopt;

@@ -55,6 +55,12 @@ std::size_t BufferedFile::read(std::span<std::byte> buffer) {
     std::size_t done = 0;
     while (done < buffer.size()) {
         if (buffered().empty()) {
+            // What does not fit need not be copied twice.
+            if (const auto rest = buffer.subspan(done); rest.size() >= m_buffer.size()) {
+                const std::size_t count = m_file.readSome(m_position, rest);
+                m_position += count;
+                return done + count;
+            }
             fill();
         }
         const DataView found = buffered();
