@@ -1,0 +1,129 @@
+#!/usr/bin/env bats
+# SPDX-License-Identifier: Apache-2.0
+# What bash makes of a command line when the tabulator key is pressed ("*": of all candidates).
+
+load ../cli/helpers
+load completions
+
+@test "commands and global options are completed" {
+    completes bash qm.bash <<'END'
+qm ch
+qm checksum |
+qm --json i
+qm --json info |
+qm --n
+qm --no-color |
+qm *
+qm --help --json --no-color --quiet --verbose --version -h -v checksum info open tags |
+END
+}
+
+@test "each command has its options, in front of its operands and behind them" {
+    completes bash qm.bash <<'END'
+qm info --sh
+qm info --short |
+qm info plain.txt --sh
+qm info plain.txt --short |
+qm tags --a
+qm tags --add=|
+qm info -*
+qm info --help --json --no-color --quiet --short --verbose --version -h -s -v |
+qm checksum --sh*
+qm checksum --sha1 --sha256 |
+qm nonsense --
+qm nonsense --|
+END
+}
+
+@test "tags are completed from those that every Mac begins with" {
+    completes bash qm.bash <<'END'
+qm tags --add=*
+qm tags --add=Blue Gray Green Orange Purple Red Yellow |
+END
+}
+
+@test "tags are completed from those that are defined" {
+    define_tags Red 'Very Important' Wörk a,b "It's" '$HOME'
+    completes bash qm.bash <<'END'
+qm tags --add=V
+qm tags --add=Very\ Important |
+qm tags --remove=Very\ Im
+qm tags --remove=Very\ Important |
+qm tags --remove="Ve
+qm tags --remove="Very Important" |
+qm tags --remove='It
+qm tags --remove='It'\''s' |
+qm tags --add="$
+qm tags --add="\$HOME" |
+qm tags --add=W
+qm tags --add=Wörk |
+qm tags --add=a
+qm tags --add=a\,b |
+qm tags --add=plai
+qm tags --add=plai|
+END
+}
+
+@test "a list of tags is completed behind its last comma, without names that have one" {
+    define_tags Red 'Very Important' a,b
+    completes bash qm.bash <<'END'
+qm tags --set=R
+qm tags --set=Red|
+qm tags --set=Very\ Important,R
+qm tags --set=Very\ Important,Red|
+qm tags --set=Red,*
+qm tags --set=Red,Red Red,Very\ Important |
+END
+}
+
+@test "tags are asked of the qm that is typed" {
+    define_tags Own
+    mkdir "$HOME/bin"
+    mv "$BATS_TEST_TMPDIR/bin/qm" "$HOME/bin/qm"
+    completes bash qm.bash <<'END'
+~/bin/qm tags --add=O
+~/bin/qm tags --add=Own |
+qm tags --add=O
+qm tags --add=O|
+END
+}
+
+@test "the pane is completed as a word of its own" {
+    completes bash qm.bash <<'END'
+qm open -p *
+qm open -p left right |
+qm open -p r
+qm open -p right |
+qm open -p right Fo
+qm open -p right Folder/|
+END
+}
+
+@test "operands and files of options are files" {
+    completes bash qm.bash <<'END'
+qm info My
+qm info My\ File.txt |
+qm info "My
+qm info "My File.txt" |
+qm tags Ü
+qm tags Übung.txt |
+qm open Folder/
+qm open Folder/inside |
+qm checksum --verify=pl
+qm checksum --verify=plain.txt |
+qm checksum --verify=My
+qm checksum --verify=My\ File.txt |
+END
+}
+
+@test "an equals sign that separates no words changes nothing" {
+    { echo 'COMP_WORDBREAKS=${COMP_WORDBREAKS//=/}'; cat "$COMPLETIONS/qm.bash"; } \
+        >"$BATS_TEST_TMPDIR/script"
+    define_tags 'Very Important'
+    COMPLETIONS=$BATS_TEST_TMPDIR completes bash script <<'END'
+qm tags --add=V
+qm tags --add=Very\ Important |
+qm tags --set=a,V
+qm tags --set=a,Very\ Important|
+END
+}

@@ -1,0 +1,96 @@
+#!/usr/bin/env bats
+# SPDX-License-Identifier: Apache-2.0
+# What zsh makes of a command line when the tabulator key is pressed ("*": of all candidates).
+
+load ../cli/helpers
+load completions
+
+@test "commands, options and panes are completed" {
+    completes zsh _qm <<'END'
+qm ch
+qm checksum |
+qm --json i
+qm --json info |
+qm --n
+qm --no-color |
+qm *
+qm checksum info open tags |
+qm info --sh
+qm info --short |
+qm info plain.txt --sh
+qm info plain.txt --short |
+qm tags --a
+qm tags --add=|
+qm info --*
+qm info --help --json --no-color --quiet --short --verbose --version |
+qm checksum --sh*
+qm checksum --sha1 --sha256 |
+qm nonsense --
+qm nonsense --|
+qm open -p *
+qm open -p left right |
+qm open -p r
+qm open -p right |
+END
+}
+
+@test "tags are completed from those that are defined" {
+    define_tags Red 'Very Important' Wörk a,b "It's"
+    completes zsh _qm <<'END'
+qm tags --add=V
+qm tags --add=Very\ Important |
+qm tags --remove=Very\ Im
+qm tags --remove=Very\ Important |
+qm tags --remove="Ve
+qm tags --remove=Very\ Important |
+qm tags --remove='It
+qm tags --remove=It\'s |
+qm tags --add=W
+qm tags --add=Wörk |
+qm tags --add=*
+qm tags --add=It\'s --add=Red --add=Very\ Important --add=Wörk --add=a,b |
+qm tags --add=plai
+qm tags --add=plai|
+END
+}
+
+@test "a list of tags is completed behind its last comma, without names that have one" {
+    define_tags Red 'Very Important' a,b
+    completes zsh _qm <<'END'
+qm tags --set=Very\ Important,R
+qm tags --set=Very\ Important,Red,|
+qm tags --set=V
+qm tags --set=Very\ Important,|
+qm tags --set=a
+qm tags --set=a|
+END
+}
+
+@test "tags are asked of the qm that is typed" {
+    define_tags Own
+    mkdir "$HOME/bin"
+    mv "$BATS_TEST_TMPDIR/bin/qm" "$HOME/bin/qm"
+    completes zsh _qm <<'END'
+~/bin/qm tags --add=O
+~/bin/qm tags --add=Own |
+qm tags --add=O
+qm tags --add=O|
+END
+}
+
+@test "operands and files of options are files" {
+    completes zsh _qm <<'END'
+qm info My
+qm info My\ File.txt |
+qm info "My
+qm info "My File.txt" |
+qm tags Ü
+qm tags Übung.txt |
+qm open -p right Fo
+qm open -p right Folder/|
+qm checksum --verify=pl
+qm checksum --verify=plain.txt |
+qm checksum --verify=My
+qm checksum --verify=My\ File.txt |
+END
+}

@@ -1,0 +1,40 @@
+# SPDX-License-Identifier: Apache-2.0
+# Shared by the .bats files about completions: a folder with names that need care, the user's
+# defined tags, and qm where shells look for it.
+
+: "${COMPLETIONS:?must name the folder of the completions}"
+COMPLETIONS=$(realpath "$COMPLETIONS")
+
+setup() {
+    pin_environment
+    make_box
+    mkdir "$BATS_TEST_TMPDIR/bin" Folder
+    ln -s "$QM" "$BATS_TEST_TMPDIR/bin/qm"
+    export PATH="$BATS_TEST_TMPDIR/bin:/usr/bin:/bin"
+    touch 'My File.txt' Übung.txt plain.txt Folder/inside
+}
+
+# The arguments are the names of the tags.
+define_tags() {
+    local folder="$HOME/Library/SyncedPreferences"
+    mkdir -p "$folder"
+    python3 -c '
+import plistlib, sys
+tags = [{"n": name, "l": 0} for name in sys.argv[2:]]
+with open(sys.argv[1], "wb") as file:
+    plistlib.dump({"FinderTagDict": {"FinderTags": tags}}, file)
+' "$folder/com.apple.finder.plist" "$@"
+}
+
+# completes SHELL SCRIPT: standard input has a line as it is typed, then one as it has to be after
+# the key, and so on. "|" marks the end of each of the latter.
+completes() {
+    cat >"$seen/pairs"
+    sed -n 'p;n' "$seen/pairs" >"$seen/typed"
+    status=0
+    timeout --kill-after=5 "$limit" python3 "$BATS_TEST_DIRNAME/type_in_shell.py" "$1" \
+        "$COMPLETIONS/$2" <"$seen/typed" >"$seen/lines" 2>"$seen/err" || status=$?
+    sed 's/$/|/' "$seen/lines" >"$seen/out"
+    succeeds
+    sed -n 'n;p' "$seen/pairs" | stdout_is
+}
