@@ -77,15 +77,7 @@ END
 }
 
 @test "tags are asked of the qm that is typed" {
-    define_tags Own
-    mkdir "$HOME/bin"
-    mv "$BATS_TEST_TMPDIR/bin/qm" "$HOME/bin/qm"
-    completes bash qm.bash <<'END'
-~/bin/qm tags --add=O
-~/bin/qm tags --add=Own |
-qm tags --add=O
-qm tags --add=O|
-END
+    asks_what_is_typed bash qm.bash
 }
 
 @test "the pane is completed as a word of its own" {
@@ -94,26 +86,11 @@ qm open -p *
 qm open -p left right |
 qm open -p r
 qm open -p right |
-qm open -p right Fo
-qm open -p right Folder/|
 END
 }
 
 @test "operands and files of options are files" {
-    completes bash qm.bash <<'END'
-qm info My
-qm info My\ File.txt |
-qm info "My
-qm info "My File.txt" |
-qm tags Ü
-qm tags Übung.txt |
-qm open Folder/
-qm open Folder/inside |
-qm checksum --verify=pl
-qm checksum --verify=plain.txt |
-qm checksum --verify=My
-qm checksum --verify=My\ File.txt |
-END
+    completes_files bash qm.bash
 }
 
 @test "an equals sign that separates no words changes nothing" {

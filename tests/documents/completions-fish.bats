@@ -67,9 +67,7 @@ END
 }
 
 @test "tags are asked of the qm that is typed" {
-    define_tags Own
-    mkdir "$HOME/bin"
-    mv "$BATS_TEST_TMPDIR/bin/qm" "$HOME/bin/qm"
+    install_at_home
     offers '~/bin/qm tags --add=O' <<<--add=Own
 }
 

@@ -67,30 +67,9 @@ END
 }
 
 @test "tags are asked of the qm that is typed" {
-    define_tags Own
-    mkdir "$HOME/bin"
-    mv "$BATS_TEST_TMPDIR/bin/qm" "$HOME/bin/qm"
-    completes zsh _qm <<'END'
-~/bin/qm tags --add=O
-~/bin/qm tags --add=Own |
-qm tags --add=O
-qm tags --add=O|
-END
+    asks_what_is_typed zsh _qm
 }
 
 @test "operands and files of options are files" {
-    completes zsh _qm <<'END'
-qm info My
-qm info My\ File.txt |
-qm info "My
-qm info "My File.txt" |
-qm tags Ü
-qm tags Übung.txt |
-qm open -p right Fo
-qm open -p right Folder/|
-qm checksum --verify=pl
-qm checksum --verify=plain.txt |
-qm checksum --verify=My
-qm checksum --verify=My\ File.txt |
-END
+    completes_files zsh _qm
 }

@@ -38,3 +38,38 @@ completes() {
     succeeds
     sed -n 'n;p' "$seen/pairs" | stdout_is
 }
+
+# For the shells that are typed into: completes_files SHELL SCRIPT.
+completes_files() {
+    completes "$@" <<'END'
+qm info My
+qm info My\ File.txt |
+qm info "My
+qm info "My File.txt" |
+qm tags Ü
+qm tags Übung.txt |
+qm open Folder/
+qm open Folder/inside |
+qm open -p right Fo
+qm open -p right Folder/|
+qm checksum --verify=pl
+qm checksum --verify=plain.txt |
+qm checksum --verify=My
+qm checksum --verify=My\ File.txt |
+END
+}
+
+# A qm that is in no folder of programs, with a tag of its own.
+install_at_home() {
+    define_tags Own
+    mkdir "$HOME/bin"
+    mv "$BATS_TEST_TMPDIR/bin/qm" "$HOME/bin/qm"
+}
+
+asks_what_is_typed() {
+    install_at_home
+    completes "$@" <<'END'
+~/bin/qm tags --add=O
+~/bin/qm tags --add=Own |
+END
+}
