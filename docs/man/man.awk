@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# awk -f table.awk -f man.awk -v template=qm-info.1.in -v command=info -v version=1.0.0 options.tsv
+# awk -f table.awk -f man.awk -v template=qm-info.1.in -v command=info -v version=1.0.0 \
+#     -v application=org.quillmere.Quillmere options.tsv
 # The page of the whole tool has the global options, and "*" for its command.
 
 END { fill(template) }
@@ -7,6 +8,8 @@ END { fill(template) }
 function table(mark,    row) {
     if (mark == "SYSTEM") {
         print ".Os \"Quillmere " version "\""
+    } else if (mark == "ENTRY") {
+        print ".It Pa applications/" application ".desktop"
     } else if (mark == "OPTIONS") {
         print ".Bl -tag -width Ds"
         for (row = 1; row <= rowCount; row++) {

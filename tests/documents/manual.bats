@@ -30,7 +30,10 @@ teardown() {
 
 @test "no mark of a template is left" {
     ! grep -n '^@' "$MAN_PAGES"/*.1 || complain "marks are left"
-    grep -qx '.Os "Quillmere 1.0.0"' "$MAN_PAGES/qm.1"
+    local version
+    version=$("$QM" --version)
+    grep -qxF ".Os \"Quillmere ${version#qm }\"" "$MAN_PAGES/qm.1"
+    grep -qxF ".It Pa applications/$APPLICATION_ID.desktop" "$MAN_PAGES/qm-open.1"
 }
 
 @test "what may surprise comes first" {
