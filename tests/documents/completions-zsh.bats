@@ -6,31 +6,15 @@ load ../cli/helpers
 load completions
 
 @test "commands, options and panes are completed" {
+    completes_words zsh _qm
+}
+
+@test "all that may come next is offered" {
     completes zsh _qm <<'END'
-qm ch
-qm checksum |
-qm --json i
-qm --json info |
-qm --n
-qm --no-color |
 qm *
 qm checksum info open tags |
-qm info --sh
-qm info --short |
-qm info plain.txt --sh
-qm info plain.txt --short |
-qm tags --a
-qm tags --add=|
 qm info --*
 qm info --help --json --no-color --quiet --short --verbose --version |
-qm checksum --sh*
-qm checksum --sha1 --sha256 |
-qm nonsense --
-qm nonsense --|
-qm open -p *
-qm open -p left right |
-qm open -p r
-qm open -p right |
 END
 }
 

@@ -39,7 +39,32 @@ completes() {
     sed -n 'n;p' "$seen/pairs" | stdout_is
 }
 
-# For the shells that are typed into: completes_files SHELL SCRIPT.
+# The rest is for the shells that are typed into, and takes SHELL SCRIPT.
+completes_words() {
+    completes "$@" <<'END'
+qm ch
+qm checksum |
+qm --json i
+qm --json info |
+qm --n
+qm --no-color |
+qm info --sh
+qm info --short |
+qm info plain.txt --sh
+qm info plain.txt --short |
+qm tags --a
+qm tags --add=|
+qm checksum --sh*
+qm checksum --sha1 --sha256 |
+qm nonsense --
+qm nonsense --|
+qm open -p *
+qm open -p left right |
+qm open -p r
+qm open -p right |
+END
+}
+
 completes_files() {
     completes "$@" <<'END'
 qm info My
