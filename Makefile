@@ -6,6 +6,8 @@
 #   make test                    build and pass every test
 #   make bench                   print the table of measured ratios
 #   make install PREFIX=/usr     install what was built
+#   make docs                    the library's reference, in build/docs/html
+#   make pictures                draw the pictures in docs/ again, with what qm prints now
 #   make format                  let clang-format rewrite the sources
 #   make fuzz                    fuzz every target for a minute
 #   make tidy                    clang-tidy with all of its checks
@@ -14,7 +16,7 @@ ARGS ?= info README.md
 PREFIX ?= /usr/local
 BUILD := build/release
 
-.PHONY: all build run test bench fuzz tidy install format clean
+.PHONY: all build run test bench fuzz tidy install docs pictures format clean
 
 all: build
 
@@ -52,8 +54,17 @@ tidy:
 
 install: build
 	@cmake --build --preset release --target quillmere-hdiutil \
-		quillmere-media-worker quillmere-media-worker-av quillmere-media-worker-pdf >&2
+		quillmere-media-worker quillmere-media-worker-av quillmere-media-worker-pdf \
+		completions manual >&2
 	cmake --install $(BUILD) --prefix $(PREFIX)
+
+docs:
+	@packaging/install-packages docs
+	@mkdir -p build/docs
+	doxygen docs/Doxyfile
+
+pictures: build
+	docs/make-terminal-picture $(BUILD)/qm docs/terminal.svg
 
 format:
 	@packaging/install-packages check

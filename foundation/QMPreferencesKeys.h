@@ -6,6 +6,7 @@
 /// The names under which the user's preferences are kept, in the order of their declaration. What
 /// reads a preference asks platform::UserDefaults for it by its constant, and knows what its
 /// numbers mean and in which units they are.
+/// @{
 
 // Windows and tabs.
 inline constexpr std::string_view QMDefaultNewWindowPathKey = "QMDefaultNewWindowPath";
@@ -107,6 +108,8 @@ inline constexpr std::string_view QMRecentFoldersKey = "QMRecentFolders";
 inline constexpr std::string_view QMDropStackPathsKey = "QMDropStackPaths";
 inline constexpr std::string_view QMRemoteBookmarksKey = "QMRemoteBookmarks";
 inline constexpr std::string_view QMWindowStateKey = "QMWindowState";
+
+/// @}
 
 /// The name by which applications announce to each other that preferences have changed. Nothing in
 /// this library posts it.

@@ -10,7 +10,7 @@
 
 /// What is told of one file. Threads as for entries.
 struct QMMetadataResult {
-    QMMetadataCategory category = QMMetadataCategoryNone;
+    QMMetadataCategory category = QMMetadataCategoryNone; ///< by the extension of the file's name
     /// The category's name for people, UTF-8.
     std::optional<std::string> categoryName;
     /// Shared with whoever fills it, not copied: what is added later shows here too. Null until it

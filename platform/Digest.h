@@ -10,10 +10,10 @@
 /// Message digests (RFC 1321, FIPS 180-4) and HMAC (RFC 2104).
 namespace platform::Digest {
 
-inline constexpr std::size_t md5Length = 16;
-inline constexpr std::size_t sha1Length = 20;
-inline constexpr std::size_t sha256Length = 32;
-inline constexpr std::size_t sha512Length = 64;
+inline constexpr std::size_t md5Length = 16;    ///< bytes
+inline constexpr std::size_t sha1Length = 20;   ///< bytes
+inline constexpr std::size_t sha256Length = 32; ///< bytes
+inline constexpr std::size_t sha512Length = 64; ///< bytes
 
 /// One running digest of `Length` bytes: initialised by its constructor, fed in pieces, finished
 /// once. Cheap to make; needs no memory of its own and cannot fail.
@@ -21,6 +21,7 @@ template <std::size_t Length>
 class Context {
 public:
     Context();
+    /// Appends `bytes`, which may be empty, to the message.
     void update(DataView bytes);
     /// The digest of all bytes so far. The context may not be used afterwards.
     [[nodiscard]] std::array<std::byte, Length> finish();
@@ -30,10 +31,10 @@ private:
     alignas(16) std::array<std::byte, 256> m_state{};
 };
 
-using MD5 = Context<md5Length>;
-using SHA1 = Context<sha1Length>;
-using SHA256 = Context<sha256Length>;
-using SHA512 = Context<sha512Length>;
+using MD5 = Context<md5Length>;       ///< RFC 1321
+using SHA1 = Context<sha1Length>;     ///< FIPS 180-4
+using SHA256 = Context<sha256Length>; ///< FIPS 180-4
+using SHA512 = Context<sha512Length>; ///< FIPS 180-4
 
 /// HMAC with SHA-256 of `message` under `key`; both may be empty.
 [[nodiscard]] std::array<std::byte, sha256Length> hmacSHA256(DataView key, DataView message);

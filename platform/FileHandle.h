@@ -27,7 +27,9 @@ public:
     /// Takes over an open descriptor.
     [[nodiscard]] static FileHandle fromDescriptor(int descriptor);
 
+    /// Leaves `other` closed.
     FileHandle(FileHandle&& other) noexcept;
+    /// Closes what this one has open, and leaves `other` closed.
     FileHandle& operator=(FileHandle&& other) noexcept;
     FileHandle(const FileHandle&) = delete;
     FileHandle& operator=(const FileHandle&) = delete;
@@ -35,8 +37,9 @@ public:
 
     /// The system's reason for a failed read, for people.
     struct ReadError {
-        std::string reason;
+        std::string reason; ///< UTF-8, without a full stop
     };
+    /// How many bytes were read, or why none could be.
     using ReadResult = std::variant<std::size_t, ReadError>;
 
     /// Reads until `buffer` is full or the file ends; answers how many bytes were read, 0 only at

@@ -94,6 +94,8 @@ FormatArgument makeArgument(const T& value) {
 template <class... Args>
 class BasicFormatString {
 public:
+    /// Checks `text`, which is borrowed, while it is compiled. Fields are "{}", for integers "{:o}"
+    /// and "{:x}" too, and for floating-point numbers "{:.Nf}" alone.
     template <std::convertible_to<std::string_view> Text>
     // NOLINTNEXTLINE(google-explicit-constructor,bugprone-forwarding-reference-overload)
     consteval BasicFormatString(const Text& text)
@@ -102,12 +104,14 @@ public:
             detail::argumentKind<Args>()...};
         detail::checkFormat(m_text, kinds);
     }
+    /// The format as it was given.
     [[nodiscard]] constexpr std::string_view text() const { return m_text; }
 
 private:
     std::string_view m_text;
 };
 
+/// A format string whose arguments' types are told by the arguments alone.
 template <class... Args>
 using FormatString = BasicFormatString<std::type_identity_t<Args>...>;
 

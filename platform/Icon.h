@@ -9,9 +9,9 @@ namespace platform {
 /// its size in points. Whoever draws it resolves the name, with the theme's own fallbacks: a name
 /// such as "image-png" falls back to "image-x-generic".
 struct Icon {
-    std::string name;
-    double width = 0;
-    double height = 0;
+    std::string name;  ///< in the theme: no path, no extension
+    double width = 0;  ///< points
+    double height = 0; ///< points
 
     friend bool operator==(const Icon&, const Icon&) = default;
 };

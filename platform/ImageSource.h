@@ -13,10 +13,10 @@ namespace platform {
 struct ImageProperties {
     /// Exif 2.32, the fields of the Exif IFD.
     struct Exif {
-        std::optional<std::string> lensModel;
-        std::optional<double> exposureTime; ///< seconds
-        std::optional<double> fNumber;
-        std::vector<std::int64_t> isoSpeedRatings;
+        std::optional<std::string> lensModel;           ///< in the camera's words
+        std::optional<double> exposureTime;             ///< seconds
+        std::optional<double> fNumber;                  ///< focal length by aperture
+        std::vector<std::int64_t> isoSpeedRatings;      ///< empty when there are none
         std::optional<double> focalLength;              ///< millimetres
         std::optional<std::int64_t> focalLenIn35mmFilm; ///< millimetres
         std::optional<std::string> dateTimeOriginal;    ///< as it stands: "2023:07:14 18:30:05"
@@ -25,42 +25,44 @@ struct ImageProperties {
     };
     /// TIFF 6.0, the fields of the first directory.
     struct Tiff {
-        std::optional<std::string> make;
-        std::optional<std::string> model;
-        std::optional<std::string> software;
-        std::optional<std::string> copyright;
+        std::optional<std::string> make;      ///< who made the camera
+        std::optional<std::string> model;     ///< the camera's name
+        std::optional<std::string> software;  ///< the program that wrote it
+        std::optional<std::string> copyright; ///< a notice, in words
 
         friend bool operator==(const Tiff&, const Tiff&) = default;
     };
     /// Exif 2.32, the GPS IFD. Degrees without a sign; the references are "N", "S", "E" and "W".
     struct Gps {
-        std::optional<double> latitude;
-        std::optional<std::string> latitudeRef;
-        std::optional<double> longitude;
-        std::optional<std::string> longitudeRef;
+        std::optional<double> latitude;          ///< degrees
+        std::optional<std::string> latitudeRef;  ///< "N" or "S"
+        std::optional<double> longitude;         ///< degrees
+        std::optional<std::string> longitudeRef; ///< "E" or "W"
 
         friend bool operator==(const Gps&, const Gps&) = default;
     };
     /// IPTC-IIM 4.2, record 2.
     struct Iptc {
-        std::optional<std::string> copyrightNotice;
+        std::optional<std::string> copyrightNotice; ///< dataset 2:116
 
         friend bool operator==(const Iptc&, const Iptc&) = default;
     };
 
-    std::optional<std::int64_t> pixelWidth; ///< as stored, before any orientation
-    std::optional<std::int64_t> pixelHeight;
-    std::optional<std::int64_t> depth;      ///< bits of each component
-    std::optional<std::string> colorModel;  ///< "RGB", "Gray", "CMYK", "Lab"
-    std::optional<std::string> profileName; ///< of the embedded colour profile
-    std::optional<double> dpiWidth;         ///< pixels per inch
-    std::optional<double> dpiHeight;
-    std::optional<bool> hasAlpha;
+    std::optional<std::int64_t> pixelWidth;  ///< as stored, before any orientation
+    std::optional<std::int64_t> pixelHeight; ///< as stored, before any orientation
+    std::optional<std::int64_t> depth;       ///< bits of each component
+    std::optional<std::string> colorModel;   ///< "RGB", "Gray", "CMYK", "Lab"
+    std::optional<std::string> profileName;  ///< of the embedded colour profile
+    std::optional<double> dpiWidth;          ///< pixels per inch
+    std::optional<double> dpiHeight;         ///< pixels per inch
+    std::optional<bool> hasAlpha;            ///< whether pixels can be transparent
     /// Blocks: present when the file has one, even if nothing of the above is in it.
+    /// @{
     std::optional<Exif> exif;
     std::optional<Tiff> tiff;
     std::optional<Gps> gps;
     std::optional<Iptc> iptc;
+    /// @}
     /// How many images (frames, pages, sizes) the file has; absent unless it was asked for.
     std::optional<std::uint64_t> imageCount;
 

@@ -13,13 +13,18 @@ namespace platform {
 /// A JSON value (RFC 8259) whose objects keep their members in the order of insertion.
 class Json {
 public:
-    using Array = std::vector<Json>;
-    using Object = std::vector<std::pair<std::string, Json>>;
+    using Array = std::vector<Json>;                          ///< in order
+    using Object = std::vector<std::pair<std::string, Json>>; ///< names and values, in order
+    /// What a value can be; texts are meant to be UTF-8.
     using Value = std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double,
                                std::string, Array, Object>;
 
+    /// The value null.
     Json() = default;
     // NOLINTBEGIN(google-explicit-constructor): a value of each kind is a JSON value
+    /// A value of that kind, which is copied or moved in. Characters end at their NUL; null is not
+    /// allowed.
+    /// @{
     Json(std::nullptr_t) {}
     Json(bool value)
         : m_value(value) {}
@@ -37,8 +42,10 @@ public:
         : m_value(std::move(value)) {}
     Json(Object value)
         : m_value(std::move(value)) {}
+    /// @}
     // NOLINTEND(google-explicit-constructor)
 
+    /// The value, of whatever kind.
     [[nodiscard]] const Value& value() const { return m_value; }
 
     /// Serialises to indented text (two blanks a level, no final line break). Bytes of texts that

@@ -15,20 +15,21 @@ struct MediaAssetProperties {
     /// audio those of Core Audio ('aac ').
     using FourCharCode = std::uint32_t;
 
+    /// A track of pictures.
     struct VideoTrack {
-        /// Pixels for display before the track is turned, in square pixels.
+        /// Width for display before the track is turned, in square pixels.
         double naturalWidth = 0;
-        double naturalHeight = 0;
+        double naturalHeight = 0; ///< the same of the height
         /// How the track is turned and mirrored: (x, y) becomes (ax + cy, bx + dy).
         struct Transform {
-            double a = 1;
-            double b = 0;
-            double c = 0;
-            double d = 1;
+            double a = 1; ///< of x, for x
+            double b = 0; ///< of x, for y
+            double c = 0; ///< of y, for x
+            double d = 1; ///< of y, for y
 
             friend bool operator==(const Transform&, const Transform&) = default;
         };
-        Transform preferredTransform;
+        Transform preferredTransform; ///< neither where the file says nothing
         /// Frames a second, on average; 0 when that is not known.
         float nominalFrameRate = 0;
         std::optional<FourCharCode> mediaSubType; ///< absent for a format that has no such code
@@ -36,25 +37,27 @@ struct MediaAssetProperties {
         friend bool operator==(const VideoTrack&, const VideoTrack&) = default;
     };
 
+    /// A track of sound.
     struct AudioTrack {
         /// The sound as it is when it is decoded.
         struct StreamDescription {
-            double sampleRate = 0; ///< hertz
-            std::uint32_t channels = 0;
+            double sampleRate = 0;            ///< hertz
+            std::uint32_t channels = 0;       ///< how many
             std::uint32_t bitsPerChannel = 0; ///< 0 for compressed sound
 
             friend bool operator==(const StreamDescription&, const StreamDescription&) = default;
         };
         std::optional<FourCharCode> mediaSubType; ///< absent for a format that has no such code
-        std::optional<StreamDescription> streamDescription;
+        std::optional<StreamDescription> streamDescription; ///< absent when it is not known
 
         friend bool operator==(const AudioTrack&, const AudioTrack&) = default;
     };
 
     /// A line of what the file says in words, whatever its own name for it is.
     struct MetadataItem {
+        /// What formats have in common of their names.
         enum class CommonKey : std::uint8_t { title, artist, albumName };
-        CommonKey commonKey = CommonKey::title;
+        CommonKey commonKey = CommonKey::title; ///< what the line tells
         std::optional<std::string> stringValue; ///< UTF-8 without NUL; absent when it is no text
 
         friend bool operator==(const MetadataItem&, const MetadataItem&) = default;

@@ -15,16 +15,19 @@ namespace platform {
 
 /// An announcement to whoever wants to know.
 struct Notification {
+    /// What can be sent along.
     using Value = std::variant<std::string, FileURL>;
 
-    std::string name;
+    std::string name;             ///< by which observers ask for it
     const void* object = nullptr; ///< whom it is about; only to be compared
-    std::map<std::string, Value, std::less<>> userInfo;
+    std::map<std::string, Value, std::less<>>
+        userInfo; ///< what is sent along, by names that go with `name`
 };
 
 /// Hands notifications to observers. Any thread.
 class NotificationCenter {
 public:
+    /// Called on the thread that posts; what it throws reaches whoever posts.
     using Handler = std::function<void(const Notification&)>;
     /// Names an observer; never used again for another one.
     enum class Token : std::uint64_t {};

@@ -23,22 +23,27 @@ public:
     /// Seconds since 2001-01-01 00:00:00 UTC, as property lists keep dates. Good to a few
     /// microseconds, and within 68 years of the start.
     struct AbsoluteTime {
-        double seconds = 0;
+        double seconds = 0; ///< may be negative
         friend bool operator==(const AbsoluteTime&, const AbsoluteTime&) = default;
     };
     /// A reference to another object of a keyed archive, by index.
     struct UID {
-        std::uint64_t index = 0;
+        std::uint64_t index = 0; ///< into "$objects" of the archive
         friend bool operator==(const UID&, const UID&) = default;
     };
-    using Array = std::vector<PropertyList>;
-    using Dictionary = std::map<std::string, PropertyList, std::less<>>;
+    using Array = std::vector<PropertyList>;                             ///< in order
+    using Dictionary = std::map<std::string, PropertyList, std::less<>>; ///< by key
+    /// What a value can be.
     using Value = std::variant<bool, std::int64_t, double, std::string, Data, AbsoluteTime, UID,
                                Array, Dictionary>;
 
+    /// The two forms of a file, "bplist00" and the one of PropertyList-1.0.dtd.
     enum class Format { binary, xml };
 
     // NOLINTBEGIN(google-explicit-constructor): a value of each kind is a property list
+    /// A value of that kind, which is copied or moved in. Characters end at their NUL; null is not
+    /// allowed.
+    /// @{
     PropertyList(Value value)
         : m_value(std::move(value)) {}
     PropertyList(std::same_as<bool> auto flag)
@@ -59,6 +64,7 @@ public:
         : m_value(std::move(array)) {}
     PropertyList(Dictionary dictionary)
         : m_value(std::move(dictionary)) {}
+    /// @}
     // NOLINTEND(google-explicit-constructor)
 
     /// Reads a binary or XML property list. nullopt for everything else, for damaged ones, for
@@ -69,13 +75,18 @@ public:
     /// Writes the value. Fails (empty bytes) beyond 128 levels and for texts that are not UTF-8.
     [[nodiscard]] Data serialized(Format format) const;
 
+    /// The value, of whatever kind.
     [[nodiscard]] const Value& value() const { return m_value; }
 
-    /// The value when it is of the kind asked for, else null.
+    /// The text, or null when the value is of another kind. All of these live as long as it does.
     [[nodiscard]] const std::string* string() const { return std::get_if<std::string>(&m_value); }
+    /// The same for bytes.
     [[nodiscard]] const Data* data() const { return std::get_if<Data>(&m_value); }
+    /// The same for references.
     [[nodiscard]] const UID* uid() const { return std::get_if<UID>(&m_value); }
+    /// The same for arrays.
     [[nodiscard]] const Array* array() const { return std::get_if<Array>(&m_value); }
+    /// The same for dictionaries.
     [[nodiscard]] const Dictionary* dictionary() const { return std::get_if<Dictionary>(&m_value); }
     /// The value under `key` when this is a dictionary that has it, else null.
     [[nodiscard]] const PropertyList* valueForKey(std::string_view key) const;

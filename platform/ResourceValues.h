@@ -34,13 +34,16 @@ enum class ResourceKey : std::uint8_t {
 /// A set of resource keys.
 class ResourceKeySet {
 public:
+    /// The set of these keys; repetition is harmless.
     constexpr ResourceKeySet(std::initializer_list<ResourceKey> keys)
         : ResourceKeySet(std::span(keys.begin(), keys.size())) {}
+    /// The same for keys that are in a row.
     constexpr explicit ResourceKeySet(std::span<const ResourceKey> keys) {
         for (const ResourceKey key : keys) {
             m_bits |= 1U << static_cast<unsigned>(key);
         }
     }
+    /// Whether `key` is in the set.
     [[nodiscard]] constexpr bool contains(ResourceKey key) const {
         return (m_bits >> static_cast<unsigned>(key) & 1U) != 0;
     }
@@ -54,16 +57,16 @@ private:
 struct ResourceValues {
     std::optional<std::string> name;       ///< as stored on disk; "/" for the root
     std::optional<std::uint64_t> fileSize; ///< bytes; absent for folders
-    std::optional<bool> isDirectory;
-    std::optional<bool> isHidden; ///< leading dot, or listed in the folder's ".hidden"
-    std::optional<bool> isSymbolicLink;
-    std::optional<bool> isPackage;    ///< a folder that is shown as one file
-    std::optional<Date> creationDate; ///< absent where the file system keeps none
-    std::optional<Date> contentModificationDate;
-    std::optional<std::string> localizedTypeDescription;
-    std::optional<std::vector<std::string>> tagNames; ///< absent for an item without tags
-    std::optional<Icon> effectiveIcon;
-    std::optional<std::string> typeIdentifier;
+    std::optional<bool> isDirectory;       ///< never for a link
+    std::optional<bool> isHidden;          ///< leading dot, or listed in the folder's ".hidden"
+    std::optional<bool> isSymbolicLink;    ///< also where the link leads nowhere
+    std::optional<bool> isPackage;         ///< a folder that is shown as one file
+    std::optional<Date> creationDate;      ///< absent where the file system keeps none
+    std::optional<Date> contentModificationDate; ///< of the contents, not of the name or rights
+    std::optional<std::string> localizedTypeDescription; ///< for people: "PNG image"
+    std::optional<std::vector<std::string>> tagNames;    ///< absent for an item without tags
+    std::optional<Icon> effectiveIcon;                   ///< at the platform's default size
+    std::optional<std::string> typeIdentifier;           ///< a uniform type identifier
     std::optional<std::uint64_t> totalFileAllocatedSize; ///< bytes on disk; absent for folders
     std::optional<std::uint64_t> fileAllocatedSize;      ///< bytes on disk; absent for folders
 };

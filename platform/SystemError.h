@@ -16,8 +16,8 @@ enum class Refusal {
 
 /// A refusal and the system's own words for it.
 struct SystemError {
-    Refusal refusal = Refusal::other;
-    std::string reason;
+    Refusal refusal = Refusal::other; ///< for code that has to choose
+    std::string reason;               ///< for people; UTF-8, without a full stop
 };
 
 } // namespace platform

@@ -20,15 +20,15 @@ public:
     /// What is run: a program's path, which is not looked for elsewhere, and its arguments, which
     /// reach it as they are, through no shell.
     struct Command {
-        std::string executable;
-        std::vector<std::string> arguments;
-        Output standardOutput = Output::nullDevice;
-        Output standardError = Output::nullDevice;
+        std::string executable;                     ///< bytes, without NUL
+        std::vector<std::string> arguments;         ///< without the program's own name
+        Output standardOutput = Output::nullDevice; ///< a pipe for `standardOutput()`
+        Output standardError = Output::nullDevice;  ///< a pipe for `standardError()`
     };
 
     /// Why a process was not started, in the system's words.
     struct LaunchError {
-        std::string localizedDescription;
+        std::string localizedDescription; ///< for people; UTF-8
     };
 
     /// Starts the process. Any thread.
@@ -41,10 +41,11 @@ public:
     Task& operator=(Task&&) = delete;
     ~Task();
 
-    /// The reading ends of the pipes; without a pipe, a closed handle. They end when every process
-    /// has closed the writing end, also those that the process has started. Somebody must read both
-    /// at the same time, or a process that writes much to one of them waits for ever.
+    /// The reading end of the pipe; without a pipe, a closed handle. It ends when every process has
+    /// closed the writing end, also those that the process has started. Somebody must read both
+    /// pipes at the same time, or a process that writes much to one of them waits for ever.
     [[nodiscard]] FileHandle& standardOutput() { return m_standardOutput; }
+    /// The same for standard error.
     [[nodiscard]] FileHandle& standardError() { return m_standardError; }
 
     /// Asks the process to end (SIGTERM); nothing once it has. Any thread, at any time.

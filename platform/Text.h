@@ -12,6 +12,7 @@
 /// one are counted somehow, without harm. Any thread.
 namespace platform::Text {
 
+/// The encodings that texts are read in.
 enum class Encoding { UTF8, ISOLatin1 };
 
 /// The text that `bytes` hold in UTF-8; nullopt unless all of them are well-formed. NUL and a

@@ -53,15 +53,19 @@ public:
     /// The value of `key`, of any kind; nullopt when it has none.
     [[nodiscard]] std::optional<PropertyList> objectForKey(std::string_view key) const;
 
-    /// The value of `key` as PropertyListReadings.h reads it; false, 0 or nullopt when it has none.
+    /// The value of `key` as PropertyListReadings.h reads it; false when it has none.
     [[nodiscard]] bool boolForKey(std::string_view key) const;
+    /// The same as a whole number; 0 when it has none.
     [[nodiscard]] std::int64_t integerForKey(std::string_view key) const;
+    /// The same as a number; 0 when it has none.
     [[nodiscard]] double doubleForKey(std::string_view key) const;
+    /// The same as a text; nullopt when it has none.
     [[nodiscard]] std::optional<std::string> stringForKey(std::string_view key) const;
 
-    /// The value of `key` when it is of this kind, else nullopt.
+    /// The value of `key` when it is a dictionary, else nullopt.
     [[nodiscard]] std::optional<PropertyList::Dictionary>
     dictionaryForKey(std::string_view key) const;
+    /// The value of `key` when it is bytes, else nullopt.
     [[nodiscard]] std::optional<Data> dataForKey(std::string_view key) const;
 
     /// The value of `key` when it is an array, else null. Shared instead of copied: settings may

@@ -37,6 +37,7 @@ public:
     [[nodiscard]] static std::optional<std::string>
     checksumForFileHandle(platform::FileHandle& file, QMChecksumAlgorithm algorithm);
 
+    /// Called with the checksum as lower-case hexadecimal digits, or nullopt when it failed.
     using Completion = std::function<void(std::optional<std::string>)>;
     /// The same on a global queue; returns at once. `completion`, unless empty, gets the result
     /// exactly once on the main queue, which somebody must service. Requests run in parallel.

@@ -16,8 +16,9 @@
 #include <string_view>
 #include <variant>
 
-/// The domain of the service's errors, and its codes.
+/// The domain of the service's errors.
 inline constexpr std::string_view QMDiskImageErrorDomain = "QMDiskImage";
+/// The codes of that domain.
 enum QMDiskImageErrorCode : std::int64_t {
     QMDiskImageErrorNotFound = -1,     ///< there is nothing at the path
     QMDiskImageErrorNotMountable = -2, ///< not the name of a disk image
@@ -44,7 +45,8 @@ public:
     /// What a service works with. Others than the defaults are for tests.
     struct Settings {
         std::string tool; ///< the tool's path; empty for the system's
-        std::chrono::nanoseconds mountTimeout = std::chrono::seconds(120);
+        std::chrono::nanoseconds mountTimeout =
+            std::chrono::seconds(120); ///< until mounting is given up
     };
 
     /// The one service of the process, made when it is first asked for.
@@ -52,6 +54,7 @@ public:
 
     /// A service of its own, which knows of no mounts.
     [[nodiscard]] static std::shared_ptr<QMDiskImageService> init();
+    /// The same with settings of its own.
     [[nodiscard]] static std::shared_ptr<QMDiskImageService> init(Settings settings);
 
     /// Whether the name at the end of `path` is that of a disk image which can be mounted. Told by
@@ -62,7 +65,9 @@ public:
     /// and the images' paths as they were given. Not compared with what is really mounted. Changes
     /// that are made at the same moment can undo one another.
     using MountedImages = std::map<std::string, std::string, std::less<>>;
+    /// What is known now. Any thread.
     [[nodiscard]] MountedImages mountedImages() const;
+    /// Replaces what is known; mounts and unmounts nothing. Any thread.
     void setMountedImages(MountedImages images);
 
     /// Gets the mount point, or the error.

@@ -14,8 +14,8 @@
 /// file, a `Source`.
 template <class Source>
 struct QMMetadataField {
-    std::string_view key;
-    decltype(&QMMetadataEntry::entryWithKey) makeEntry;
+    std::string_view key;                               ///< of the catalogue
+    decltype(&QMMetadataEntry::entryWithKey) makeEntry; ///< which kind of entry it is
     const char* labelKey; ///< null for a label that is the same in every language
     /// nullopt for a field that the file does not have, which then gets no entry.
     std::optional<std::string> (*value)(const Source&);

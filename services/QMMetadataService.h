@@ -57,6 +57,7 @@ public:
 
     /// A service of its own.
     [[nodiscard]] static std::shared_ptr<QMMetadataService> init();
+    /// The same with settings of its own.
     [[nodiscard]] static std::shared_ptr<QMMetadataService> init(Settings settings);
 
     /// Gets the result, or null.

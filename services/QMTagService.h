@@ -16,7 +16,7 @@ inline constexpr std::string_view QMTagsDidChangeNotification = "QMTagsDidChange
 /// The tags of files. A name equals another when its bytes do. Keeps no state; any thread.
 class QMTagService {
 public:
-    using Tags = std::vector<std::string>;
+    using Tags = std::vector<std::string>; ///< names, UTF-8 as a rule
 
     /// The tags of the item at `path` in their order; empty when it has none, when they cannot be
     /// read, and when nothing is there.
@@ -39,6 +39,7 @@ public:
     /// nothing is checked. The seven built-in ones when there is no such list.
     [[nodiscard]] static platform::PropertyList::Array allAvailableTags();
 
+    /// Called with the absolute paths, bytes, of what was found.
     using Completion = std::function<void(Tags paths)>;
     /// Finds the items of the local computer that carry `tag`. `completion` gets their paths, in
     /// ascending order of bytes, once, on the main queue; at once, on the calling thread, and with

@@ -16,7 +16,8 @@ struct QMTextSample {
     static constexpr std::size_t maximumLength = 65536;
 
     std::string text; ///< UTF-8, whatever the file is in
-    platform::Text::Encoding encoding = platform::Text::Encoding::UTF8;
+    platform::Text::Encoding encoding =
+        platform::Text::Encoding::UTF8; ///< which the file was read in
     /// Whether the file had more bytes than those when it was read, by its status.
     bool isTruncated = false;
 

@@ -6,6 +6,7 @@
 
 : "${QM:?must name the qm to be tested}"
 QM=$(realpath "$QM")
+helpers=$(realpath "${BASH_SOURCE[0]%/*}")
 
 # A guard against blocking, far beyond what any command here takes.
 readonly limit=60
@@ -52,7 +53,7 @@ qm_on_terminal() {
     local streams=$1
     shift
     status=0
-    python3 "$BATS_TEST_DIRNAME/on_terminal.py" --limit "$limit" "$streams" \
+    python3 "$helpers/on_terminal.py" --limit "$limit" "$streams" \
         "$seen/out" "$seen/err" "$QM" "$@" || status=$?
 }
 
