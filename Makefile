@@ -10,13 +10,14 @@
 #   make pictures                draw the pictures in docs/ again, with what qm prints now
 #   make format                  let clang-format rewrite the sources
 #   make fuzz                    fuzz every target for a minute
+#   make coverage                which lines and branches the tests reach; HTML in build/coverage
 #   make tidy                    clang-tidy with all of its checks
 
 ARGS ?= info README.md
 PREFIX ?= /usr/local
 BUILD := build/release
 
-.PHONY: all build run test bench fuzz tidy install docs pictures format clean
+.PHONY: all build run test bench fuzz coverage tidy install docs pictures format clean
 
 all: build
 
@@ -45,6 +46,14 @@ fuzz:
 	cmake --preset fuzz
 	cmake --build --preset fuzz
 	fuzz/run build/fuzz 60
+
+coverage:
+	@packaging/install-packages build test coverage
+	cmake --preset coverage
+	cmake --build --preset coverage
+	find build/coverage -name '*.gcda' -delete
+	ctest --preset coverage
+	tests/coverage build/coverage
 
 tidy:
 	@packaging/install-packages build test check

@@ -75,6 +75,7 @@ private:
                 process->abandon();
             }
             auto state = std::make_unique<State>();
+            state->idle.reserve(worker->m_settings.processes);
             worker->m_state->mutex.unlock();
             state->inherited = worker->m_state.release();
             worker->m_state = std::move(state);
@@ -89,6 +90,7 @@ private:
 MediaWorker::MediaWorker(Settings settings)
     : m_settings(std::move(settings))
     , m_state(std::make_unique<State>()) {
+    m_state->idle.reserve(m_settings.processes);
     Registry::add(*this);
 }
 
@@ -152,7 +154,8 @@ private:
     MediaWorker& m_worker;
 };
 
-bool MediaWorker::ask(const MediaRequest& request, int descriptor, const Reader& reader) {
+bool MediaWorker::ask(const MediaRequest& request, int descriptor, const Reader& reader,
+                      bool* wasRead) {
     using Kind = WorkerProcess::Reply::Kind;
     Lease lease(*this);
     if (!lease.process) {
@@ -164,13 +167,17 @@ bool MediaWorker::ask(const MediaRequest& request, int descriptor, const Reader&
     };
     const bool isNew = lease.process->requests() == 0;
     Kind kind = outcome();
-    if (!isNew && (kind == Kind::ended || kind == Kind::nonsense)) {
+    const bool isBlameless = !isNew && (kind == Kind::ended || kind == Kind::nonsense);
+    if (isBlameless || kind == Kind::notSent) {
         lease.process = replacementFor(std::move(lease.process));
-        kind = lease.process ? outcome() : Kind::ended;
+        kind = lease.process ? outcome() : Kind::notSent;
     }
     const bool isSound = kind == Kind::value || kind == Kind::nothing;
     if (isSound && lease.process->requests() < m_settings.requestsPerProcess) {
         giveBack(std::move(lease.process));
+    }
+    if (wasRead != nullptr) {
+        *wasRead = kind != Kind::notSent;
     }
     return kind == Kind::value;
 }

@@ -9,14 +9,16 @@ namespace platform::worker {
 namespace {
 
 std::optional<PDFDocumentProperties> ask(MediaWorker& worker, const Descriptor& file,
-                                         bool wantsText) {
+                                         bool wantsText, bool* wasRead) {
     MediaRequest request;
     request.kind = MediaKind::pdfDocument;
     request.wantsText = wantsText;
-    return answerTo(request, worker, file, decodedPDFProperties,
-                    [wantsText](const PDFDocumentProperties& properties) {
-                        return wantsText || !properties.hasText;
-                    });
+    return answerTo(
+        request, worker, file, decodedPDFProperties,
+        [wantsText](const PDFDocumentProperties& properties) {
+            return wantsText || !properties.hasText;
+        },
+        wasRead);
 }
 
 } // namespace
@@ -24,9 +26,10 @@ std::optional<PDFDocumentProperties> ask(MediaWorker& worker, const Descriptor& 
 std::optional<PDFDocumentProperties>
 pdfDocumentProperties(MediaWorker& worker, const std::string& path, bool wantsText) {
     const Descriptor file = openRegularFile(path);
-    const auto properties = ask(worker, file, wantsText);
+    bool wasRead = false;
+    const auto properties = ask(worker, file, wantsText, &wasRead);
     // The content of a page can do more harm than all else in the file.
-    return properties || !wantsText ? properties : ask(worker, file, false);
+    return properties || !wantsText || !wasRead ? properties : ask(worker, file, false, nullptr);
 }
 
 } // namespace platform::worker
