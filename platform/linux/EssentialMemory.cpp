@@ -24,8 +24,8 @@ void* __libc_realloc(void* memory, std::size_t size);
 
 namespace {
 
-// Those that come next: the C library's, or a checker's that was loaded in advance, which frees what
-// these get. Found on the first call, when there is no other thread.
+// Those that come next: the C library's, or a checker's that was loaded in advance, which frees
+// what these get. Found on the first call, when there is no other thread.
 struct Allocator {
     decltype(&__libc_malloc) malloc;
     decltype(&__libc_calloc) calloc;

@@ -44,7 +44,8 @@ extern "C" {
 void* __libc_malloc(std::size_t size);                    // NOLINT(bugprone-reserved-identifier)
 void* __libc_calloc(std::size_t count, std::size_t size); // NOLINT(bugprone-reserved-identifier)
 void* __libc_realloc(void* memory, std::size_t size);     // NOLINT(bugprone-reserved-identifier)
-void* __libc_memalign(std::size_t alignment, std::size_t size); // NOLINT(bugprone-reserved-identifier)
+void* __libc_memalign(std::size_t alignment,
+                      std::size_t size); // NOLINT(bugprone-reserved-identifier)
 }
 
 namespace {
@@ -55,11 +56,11 @@ struct Call {
 };
 
 std::array<Call, 27> calls{{
-    {"memory", 0},     {"open", 0},      {"stat", 0},      {"read", 0},         {"write", 0},
-    {"mmap", 0},       {"getcwd", 0},    {"realpath", 0},  {"llistxattr", 0},   {"lgetxattr", 0},
-    {"lsetxattr", 0},  {"lremovexattr", 0}, {"socket", 0}, {"connect", 0},      {"send", 0},
-    {"receive", 0},    {"poll", 0},      {"fcntl", 0},     {"pipe", 0},         {"clone", 0},
-    {"spawn", 0},      {"thread", 0},    {"wait", 0},      {"access", 0},       {"dlopen", 0},
+    {"memory", 0},     {"open", 0},         {"stat", 0},     {"read", 0},       {"write", 0},
+    {"mmap", 0},       {"getcwd", 0},       {"realpath", 0}, {"llistxattr", 0}, {"lgetxattr", 0},
+    {"lsetxattr", 0},  {"lremovexattr", 0}, {"socket", 0},   {"connect", 0},    {"send", 0},
+    {"receive", 0},    {"poll", 0},         {"fcntl", 0},    {"pipe", 0},       {"clone", 0},
+    {"spawn", 0},      {"thread", 0},       {"wait", 0},     {"access", 0},     {"dlopen", 0},
     {"socketpair", 0}, {"new", 0},
 }};
 
@@ -122,8 +123,8 @@ __attribute__((constructor)) void begin() {
         failing = &callNamed(name);
         firstFailure = numberFrom("FAULT_FIRST", 1);
         lastFailure = numberFrom("FAULT_LAST", firstFailure);
-        failureNumber = failing == calls.data() ? ENOMEM
-                                                : static_cast<int>(numberFrom("FAULT_ERROR", EIO));
+        failureNumber =
+            failing == calls.data() ? ENOMEM : static_cast<int>(numberFrom("FAULT_ERROR", EIO));
     }
     isCounting = true;
 }
@@ -149,8 +150,8 @@ bool fails(Call& call, const void* caller) {
         return false;
     }
     const long number = ++call.count;
-    const bool isFailing = &call == failing && number >= firstFailure &&
-                           (lastFailure == 0 || number <= lastFailure);
+    const bool isFailing =
+        &call == failing && number >= firstFailure && (lastFailure == 0 || number <= lastFailure);
     if (isFailing) {
         errno = failureNumber;
     }
@@ -174,7 +175,7 @@ Function next(const char* name) {
     extern "C" result name parameters {                                                            \
         static Call& counted = callNamed(call);                                                    \
         static const auto original = next<result(*) parameters>(#name);                            \
-        return fails(counted, __builtin_return_address(0)) ? (failure) : original arguments;                                    \
+        return fails(counted, __builtin_return_address(0)) ? (failure) : original arguments;       \
     }
 
 extern "C" void* malloc(std::size_t size) {
@@ -187,13 +188,16 @@ extern "C" void* realloc(void* memory, std::size_t size) {
     return fails(calls[0], __builtin_return_address(0)) ? nullptr : __libc_realloc(memory, size);
 }
 extern "C" void* memalign(std::size_t alignment, std::size_t size) {
-    return fails(calls[0], __builtin_return_address(0)) ? nullptr : __libc_memalign(alignment, size);
+    return fails(calls[0], __builtin_return_address(0)) ? nullptr
+                                                        : __libc_memalign(alignment, size);
 }
 extern "C" void* aligned_alloc(std::size_t alignment, std::size_t size) {
-    return fails(calls[0], __builtin_return_address(0)) ? nullptr : __libc_memalign(alignment, size);
+    return fails(calls[0], __builtin_return_address(0)) ? nullptr
+                                                        : __libc_memalign(alignment, size);
 }
 extern "C" int posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
-    *memory = fails(calls[0], __builtin_return_address(0)) ? nullptr : __libc_memalign(alignment, size);
+    *memory =
+        fails(calls[0], __builtin_return_address(0)) ? nullptr : __libc_memalign(alignment, size);
     return *memory == nullptr ? ENOMEM : 0;
 }
 
@@ -219,7 +223,7 @@ void operator delete(void* memory, std::size_t /*size*/) noexcept {
         va_start(rest, flags);                                                                     \
         const auto mode = va_arg(rest, mode_t);                                                    \
         va_end(rest);                                                                              \
-        return fails(counted, __builtin_return_address(0)) ? -1 : original(path, flags, mode);                                  \
+        return fails(counted, __builtin_return_address(0)) ? -1 : original(path, flags, mode);     \
     }
 #define FAULTY_OPENAT(name)                                                                        \
     extern "C" int name(int folder, const char* path, int flags, ...) {                            \
@@ -229,7 +233,8 @@ void operator delete(void* memory, std::size_t /*size*/) noexcept {
         va_start(rest, flags);                                                                     \
         const auto mode = va_arg(rest, mode_t);                                                    \
         va_end(rest);                                                                              \
-        return fails(counted, __builtin_return_address(0)) ? -1 : original(folder, path, flags, mode);                          \
+        return fails(counted, __builtin_return_address(0)) ? -1                                    \
+                                                           : original(folder, path, flags, mode);  \
     }
 FAULTY_OPEN(open)
 FAULTY_OPEN(open64)
@@ -307,7 +312,8 @@ FAULTY("spawn", failureNumber, int, posix_spawn,
         const posix_spawnattr_t* attributes, char* const* words, char* const* environment),
        (process, path, actions, attributes, words, environment))
 FAULTY("thread", failureNumber, int, pthread_create,
-       (pthread_t * thread, const pthread_attr_t* attributes, void* (*start)(void*), void* argument),
+       (pthread_t * thread, const pthread_attr_t* attributes, void* (*start)(void*),
+        void* argument),
        (thread, attributes, start, argument))
 FAULTY("clone", -1, pid_t, fork, (), ())
 FAULTY("clone", -1, pid_t, _Fork, (), ())

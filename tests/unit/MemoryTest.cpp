@@ -52,10 +52,7 @@ TEST(Memory, JsonThatCannotBeCopiedStaysAsItWas) {
     using platform::Json;
     const Json json = Json::Array{Json::Object{{longText, longText}, {"b", Json::Array{longText}}}};
     Json copy = nullptr;
-    EXPECT_GT(allocationsUntilDone([&] {
-                  copy = json;
-              }),
-              4);
+    EXPECT_GT(allocationsUntilDone([&] { copy = json; }), 4);
     std::string error;
     EXPECT_EQ(copy.serialized(error), json.serialized(error));
 }
