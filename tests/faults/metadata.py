@@ -29,10 +29,11 @@ def has_no_entries(fault, outcome, right):
 
 
 def has_less_of_a_page(fault, outcome, right):
-    """A process that ends on a PDF is asked again for all but the text of its page."""
-    return fault.call == "receive" and not outcome.errors and (
-        outcome.output.replace(b"meta.no", b"meta.yes") == right.output.replace(b"meta.no", b"meta.yes")
-    ) or has_no_entries(fault, outcome, right)
+    """When no process answers about a PDF, be it that it ended or that its program was not there, one
+    is asked again for all but the text of the page."""
+    is_asked_again = fault.call in ("receive", "access") and not outcome.errors
+    unsure = [text.replace(b"meta.no", b"meta.yes") for text in (outcome.output, right.output)]
+    return is_asked_again and unsure[0] == unsure[1] or has_no_entries(fault, outcome, right)
 
 
 cases = [Case(kind, [SHOW, path], excused=has_less_of_a_page if kind == "PDF" else has_no_entries,

@@ -11,20 +11,16 @@ namespace platform::worker {
 /// What a process of `worker` says of `file`, read by `decoded`, which takes a DataView and answers
 /// an optional. nullopt when the file is not open, when there is no answer or none that can be
 /// read, and when `isWanted` refuses what was read: what nobody asked for is not what was asked for
-/// either. `wasRead`, unless null, becomes true when a process got the file. Any thread.
+/// either. Any thread.
 template <class Decoder, class Check>
 [[nodiscard]] auto answerTo(const MediaRequest& request, MediaWorker& worker,
-                            const Descriptor& file, const Decoder& decoded, const Check& isWanted,
-                            bool* wasRead = nullptr) {
+                            const Descriptor& file, const Decoder& decoded, const Check& isWanted) {
     decltype(decoded(DataView())) properties;
     const bool isAnswered =
-        file.number() >= 0 && worker.ask(
-                                  request, file.number(),
-                                  [&](DataView value) {
-                                      properties = decoded(value);
-                                      return properties && isWanted(*properties);
-                                  },
-                                  wasRead);
+        file.number() >= 0 && worker.ask(request, file.number(), [&](DataView value) {
+            properties = decoded(value);
+            return properties && isWanted(*properties);
+        });
     return isAnswered ? properties : std::nullopt;
 }
 

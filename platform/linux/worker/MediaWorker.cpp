@@ -154,8 +154,7 @@ private:
     MediaWorker& m_worker;
 };
 
-bool MediaWorker::ask(const MediaRequest& request, int descriptor, const Reader& reader,
-                      bool* wasRead) {
+bool MediaWorker::ask(const MediaRequest& request, int descriptor, const Reader& reader) {
     using Kind = WorkerProcess::Reply::Kind;
     Lease lease(*this);
     if (!lease.process) {
@@ -167,17 +166,15 @@ bool MediaWorker::ask(const MediaRequest& request, int descriptor, const Reader&
     };
     const bool isNew = lease.process->requests() == 0;
     Kind kind = outcome();
-    const bool isBlameless = !isNew && (kind == Kind::ended || kind == Kind::nonsense);
-    if (isBlameless || kind == Kind::notSent) {
+    const bool isBlameless =
+        kind == Kind::notSent || (!isNew && (kind == Kind::ended || kind == Kind::nonsense));
+    if (isBlameless) {
         lease.process = replacementFor(std::move(lease.process));
-        kind = lease.process ? outcome() : Kind::notSent;
+        kind = lease.process ? outcome() : Kind::ended;
     }
     const bool isSound = kind == Kind::value || kind == Kind::nothing;
     if (isSound && lease.process->requests() < m_settings.requestsPerProcess) {
         giveBack(std::move(lease.process));
-    }
-    if (wasRead != nullptr) {
-        *wasRead = kind != Kind::notSent;
     }
     return kind == Kind::value;
 }

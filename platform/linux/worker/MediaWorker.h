@@ -40,13 +40,10 @@ public:
     using Reader = std::function<bool(DataView)>;
     /// Has the file `descriptor`, whose position may move, read as `request` says. False when there
     /// is no answer: the file is nothing of that kind, takes too long or is the end of the process
-    /// that reads it. When a process that has read other files before ends or answers nonsense, or
-    /// could not be asked, no blame is put on this one: it is read once more by a new process, and
-    /// `reader` may be called once more. Blocks, at worst for both limits of time twice over, and
-    /// for others to finish. `wasRead`, unless null, tells of a false answer whether a process got
-    /// the file at all.
-    [[nodiscard]] bool ask(const MediaRequest& request, int descriptor, const Reader& reader,
-                           bool* wasRead = nullptr);
+    /// that reads it. When a process that has read other files before ends or answers nonsense, no
+    /// blame is put on this one: it is read once more by a new process, and `reader` may be called
+    /// once more. Blocks, at worst for both limits of time twice over, and for others to finish.
+    [[nodiscard]] bool ask(const MediaRequest& request, int descriptor, const Reader& reader);
 
 private:
     struct State;

@@ -9,16 +9,14 @@ namespace platform::worker {
 namespace {
 
 std::optional<PDFDocumentProperties> ask(MediaWorker& worker, const Descriptor& file,
-                                         bool wantsText, bool* wasRead) {
+                                         bool wantsText) {
     MediaRequest request;
     request.kind = MediaKind::pdfDocument;
     request.wantsText = wantsText;
-    return answerTo(
-        request, worker, file, decodedPDFProperties,
-        [wantsText](const PDFDocumentProperties& properties) {
-            return wantsText || !properties.hasText;
-        },
-        wasRead);
+    return answerTo(request, worker, file, decodedPDFProperties,
+                    [wantsText](const PDFDocumentProperties& properties) {
+                        return wantsText || !properties.hasText;
+                    });
 }
 
 } // namespace
@@ -26,10 +24,9 @@ std::optional<PDFDocumentProperties> ask(MediaWorker& worker, const Descriptor& 
 std::optional<PDFDocumentProperties>
 pdfDocumentProperties(MediaWorker& worker, const std::string& path, bool wantsText) {
     const Descriptor file = openRegularFile(path);
-    bool wasRead = false;
-    const auto properties = ask(worker, file, wantsText, &wasRead);
+    const auto properties = ask(worker, file, wantsText);
     // The content of a page can do more harm than all else in the file.
-    return properties || !wantsText || !wasRead ? properties : ask(worker, file, false, nullptr);
+    return properties || !wantsText ? properties : ask(worker, file, false);
 }
 
 } // namespace platform::worker
