@@ -75,17 +75,18 @@ void* checked(void* memory, std::size_t size) {
 
 } // namespace
 
+// Where shared libraries can see them.
 extern "C" {
 
-void* malloc(std::size_t size) {
+[[gnu::visibility("default")]] void* malloc(std::size_t size) {
     return checked(allocator().malloc(size), size);
 }
 
-void* calloc(std::size_t count, std::size_t size) {
+[[gnu::visibility("default")]] void* calloc(std::size_t count, std::size_t size) {
     return checked(allocator().calloc(count, size), count != 0 ? size : 0);
 }
 
-void* realloc(void* memory, std::size_t size) {
+[[gnu::visibility("default")]] void* realloc(void* memory, std::size_t size) {
     return checked(allocator().realloc(memory, size), size);
 }
 
