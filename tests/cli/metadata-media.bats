@@ -63,6 +63,15 @@ tells() {
     tells ms-adpcm.wav 'duration=0:02!' 'codec=ms' 'sampleRate=44100 Hz' 'channels=Stereo'
 }
 
+@test "formats without a code of their own" {
+    tells vorbis.ogg 'duration=0:02!' 'codec=—' 'sampleRate=44100 Hz' 'channels=Stereo' \
+        'title=One!' 'artist=First!' 'title=Two!'
+    tells wmv2.wmv 'duration=00:01!' 'dimensions=64 × 48!' 'frameRate=10.00 fps' 'videoCodec=WMV2' \
+        'audioTracks=1' 'audioCodec=—'
+    tells undescribed.mp4 'duration=00:01!' 'dimensions=0 × 0!' 'frameRate=10.00 fps' \
+        'audioTracks=0'
+}
+
 @test "channels and depth only along with the sample rate" {
     show --keys channels,bitDepth,duration "$MEDIA_SAMPLES/16.wav"
     succeeds

@@ -117,6 +117,7 @@ constexpr std::array samples{
                         "title=One | artist=Second"},
     Sample{"two-sounds.mkv", "1.01 s | 64x48 10.00 avc1 | ac-3 44100 1 0 | opus 48000 1 0"},
     Sample{"u-law.wav", "2.00 s | ulaw 44100 2 8"},
+    Sample{"undescribed.mp4", "1.00 s | 0x0 10.00 undescribed"},
     Sample{"upside-down.mp4", "1.00 s | 64x48 10.00 avc1 turned -1 0 0 -1"},
     Sample{"values.mp3", "2.04 s | .mp3 44100 2 0 | title=One/Two | artist=café | album="},
     Sample{"variable.mp3", "2.04 s | .mp3 44100 2 0"},
@@ -297,7 +298,10 @@ TEST_F(AvReader, AgreesWithMediainfo) {
         }
         ASSERT_EQ(found->videoTracks.size(), told.pictures.size()) << sample.name;
         for (std::size_t i = 0; i < told.pictures.size(); ++i) {
-            std::istringstream numbers(told.pictures[i]);
+            // It leaves out a size that it does not know.
+            std::istringstream numbers(isOneOf(sample.name, {"undescribed.mp4"})
+                                           ? "0 0" + told.pictures[i]
+                                           : told.pictures[i]);
             double width = 0;
             double height = 0;
             double shape = 0;

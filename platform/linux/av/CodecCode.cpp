@@ -86,10 +86,6 @@ Code storedCharacters(const AVCodecParameters& format) {
     return stored;
 }
 
-bool isOfMp4Family(std::string_view container) {
-    return container.starts_with("mov,");
-}
-
 // Digital video with the height of the American pictures, or of the European ones.
 Code codeOfDigitalVideo(const AVCodecParameters& format) {
     constexpr int americanHeight = 480;
@@ -165,6 +161,10 @@ Code codeOfAudio(const AVStream& stream) {
         return known;
     }
     return isPcm(stream) ? code("lpcm") : storedCharacters(format);
+}
+
+bool isOfMp4Family(std::string_view container) {
+    return container.starts_with("mov,");
 }
 
 // FFmpeg's numbers of these formats follow each other.
