@@ -73,6 +73,7 @@ constexpr std::array samples{
     Sample{"jpeg.avi", "1.00 s | 64x48 10.00 dmb1 | lpcm 44100 1 8"},
     Sample{"keys.m4a", "1.00 s | aac  44100 2 0 | title=Key title | artist=Key artist"},
     Sample{"large-cover.mp3", "2.04 s | .mp3 44100 2 0 | title=Behind the cover"},
+    Sample{"latm.aac", "no duration | aac  44100 2 0"},
     Sample{"late-sound.mp4", "1.50 s | 64x48 10.00 avc1 | aac  44100 1 0"},
     Sample{"late.mp4", "6.00 s | 64x48 10.00 avc1 | aac  44100 2 0"},
     Sample{"late.ts", "1.02 s | 64x48 10.00 avc1 | aac  44100 1 0"},
@@ -93,12 +94,14 @@ constexpr std::array samples{
            "2.04 s | .mp3 44100 2 0 | title=Old title | artist=Old artist | album=Grün"},
     Sample{"one-picture.mp4", "0.10 s | 64x48 0.00 avc1"},
     Sample{"opus.opus", "1.01 s | opus 48000 1 0 | title=A title | artist=An artist"},
+    Sample{"plain-caf.alac", "1.00 s | lpcm 44100 1 16"},
     Sample{"plain.aiff", "2.00 s | lpcm 44100 2 24"},
     Sample{"plain.m4a", "1.00 s | aac  44100 2 0"},
     Sample{"portrait.mov", "1.00 s | 64x48 10.00 avc1 turned 0 -1 1 0"},
     Sample{"prores.mov", "1.00 s | 64x48 10.00 apch | lpcm 44100 1 24"},
     Sample{"raw.avi", "1.00 s | 64x48 10.00 yuvs | ulaw 44100 1 8"},
     Sample{"raw.mov", "1.00 s | 64x48 10.00 2vuy | lpcm 44100 1 16"},
+    Sample{"screen.flv", "1.02 s | 64x48 10.00 none | .mp3 44100 1 0"},
     Sample{"silent.mp4", "1.00 s | 64x48 10.00 avc1"},
     Sample{"six.wav", "1.00 s | lpcm 96000 6 24"},
     Sample{"sorenson.flv", "1.02 s | 64x48 10.00 none | .mp3 44100 1 0"},
@@ -130,6 +133,7 @@ constexpr std::array samples{
     Sample{"wma.wma",
            "1.02 s | none 44100 1 0 | title=A title | artist=An artist | album=An album"},
     Sample{"wmv2.wmv", "1.05 s | 64x48 10.00 WMV2 | none 44100 1 0"},
+    Sample{"wide-offsets.wav", "1.00 s | lpcm 44100 1 24"},
     Sample{"words.mp4", "2.00 s"},
 };
 
@@ -178,6 +182,9 @@ Told toldByFfprobe(const char* name) {
     std::string rate;
     for (std::string line; std::getline(lines, line);) {
         const std::string value = line.substr(line.find('=') + 1);
+        if (line == "duration=N/A") {
+            continue;
+        }
         if (line.starts_with("duration=")) {
             told.duration = std::stod(value);
         } else if (line.starts_with("sample_rate=")) {
@@ -204,6 +211,10 @@ std::map<std::string, Told> toldByMediainfo() {
         if (kind == "F") {
             told = &all[value];
         } else if (told != nullptr) {
+            // Some rates have a fraction of nothing.
+            if (const auto fraction = value.find(".000 "); kind == "A" && fraction != value.npos) {
+                value.erase(fraction, std::string_view(".000").size());
+            }
             (kind == "V" ? told->pictures : told->sounds).push_back(value);
         }
     }
@@ -272,10 +283,12 @@ TEST_F(AvReader, AgreesWithFfprobe) {
     for (const Sample& sample : samples) {
         const auto found = readSample(sample.name, false);
         const Told told = toldByFfprobe(sample.name);
-        ASSERT_TRUE(found && found->duration && told.duration) << sample.name;
+        ASSERT_TRUE(found && found->duration.has_value() == told.duration.has_value())
+            << sample.name;
         // To a length that the file says, it adds what comes before the first picture.
         const double tolerance = isOneOf(sample.name, {"wmv2.wmv"}) ? 0.05 : 0.01;
-        EXPECT_NEAR(*found->duration, *told.duration, tolerance) << sample.name;
+        EXPECT_NEAR(found->duration.value_or(0), told.duration.value_or(0), tolerance)
+            << sample.name;
         // The tracks of transport streams are told twice, once with their programme.
         const auto ours = soundsOf(*found);
         const bool isTwice = std::string_view(sample.name).ends_with(".ts");

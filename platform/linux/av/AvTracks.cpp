@@ -169,8 +169,12 @@ std::optional<double> durationOf(const AVFormatContext& context) {
 
 std::optional<double> probedDurationOf(const AVFormatContext& context) {
     const std::string_view container = context.iformat->name;
-    const bool isGuess = context.duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
-    return isGuess && container != "mp3" && container != "aac" ? std::nullopt : durationOf(context);
+    const bool isFromRate = context.duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
+    const bool isGuess = isFromRate && container != "mp3" && container != "aac" &&
+                         !std::ranges::all_of(streamsOf(context), [](const AVStream* stream) {
+                             return isPcm(*stream);
+                         });
+    return isGuess ? std::nullopt : durationOf(context);
 }
 
 void appendTracks(AVFormatContext& context, MediaAssetProperties& asset) {
