@@ -46,9 +46,9 @@ std::optional<std::string> textIn(const Object& information, const char* key) {
 }
 
 // A page that there is no memory for costs no more than what is known of its text.
-std::optional<bool> textOnFirstPage(PDFDoc& document) {
+std::optional<bool> textOnFirstPage(PDFDoc& document, const PageTree& pages) {
     try {
-        auto page = firstPage(document);
+        auto page = pages.firstPage();
         return page ? hasText(document, *page) : std::nullopt;
     } catch (const std::bad_alloc&) {
         return std::nullopt;
@@ -61,9 +61,10 @@ void addContents(PDFDoc& document, bool wantsText, PDFDocumentProperties& proper
     properties.title = textIn(information, "Title");
     properties.author = textIn(information, "Author");
     properties.creator = textIn(information, "Creator");
-    properties.pageCount = numberOfPages(document);
+    const PageTree pages(document);
+    properties.pageCount = pages.numberOfPages();
     if (wantsText && properties.pageCount > 0) {
-        properties.hasText = textOnFirstPage(document);
+        properties.hasText = textOnFirstPage(document, pages);
     }
 }
 
