@@ -90,14 +90,14 @@ tells() {
 }
 
 @test "notes have a length, but no sound" {
-    # One quarter note of 180 seconds' length at four quarters in a second.
+    # A note as long as 720 quarters, of which there are four in a second.
     printf 'MThd\0\0\0\6\0\0\0\1\0\x60MTrk\0\0\0\x14\0\xff\x51\3\3\xd0\x90\0\x90\x40\x40\x84\x9c\0\x80\x40\0\0\xff\x2f\0' \
         >song.mid
     cp song.mid song.midi
     show song.mid song.midi
     succeeds
     json_holds '[[e["key"] + "=" + e["value"] for e in d["entries"]] for d in document] ==
-                [["duration=2:59"]] * 2'
+                [["duration=3:00"]] * 2'
 }
 
 @test "nothing can be told of what is neither film nor recording" {
@@ -110,16 +110,6 @@ tells() {
     show empty.mp4 text.mp3 list.mp4 other.mov zero.avi fifo.wav
     succeeds
     json_holds '[d["entries"] for d in document] == [[]] * 6'
-}
-
-@test "a list of other files makes nothing be opened" {
-    [ -z "${SANITIZERS:-}" ] || skip "sanitizers follow no calls of others"
-    command -v strace >/dev/null || skip "strace is missing"
-    printf '#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXTINF:1.0,\n%s\n#EXT-X-ENDLIST\n' \
-        "$MEDIA_SAMPLES/h264.ts" >list.mp4
-    strace -f -o trace -e trace=openat,open "$SHOW_METADATA" list.mp4 >/dev/null
-    grep -q 'list\.mp4' trace
-    ! grep -q 'h264\.ts' trace
 }
 
 @test "three thousand damaged films and recordings" {

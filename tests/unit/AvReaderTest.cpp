@@ -27,6 +27,7 @@
 #include <unistd.h>
 
 #include <gtest/gtest.h>
+#include <sys/inotify.h>
 
 namespace {
 
@@ -232,6 +233,44 @@ platform::worker::MediaWorker::Settings realWorker() {
     return settings;
 }
 
+/// Sees whether anything in a folder is opened, by whatever process.
+class OpenWatch {
+public:
+    explicit OpenWatch(const std::string& folder)
+        : m_descriptor(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
+        EXPECT_GE(::inotify_add_watch(m_descriptor.number(), folder.c_str(), IN_OPEN), 0);
+    }
+
+    /// Since it was last asked.
+    [[nodiscard]] bool hasSeenAny() const {
+        alignas(inotify_event) std::array<char, 4096> events{};
+        return ::read(m_descriptor.number(), events.data(), events.size()) > 0;
+    }
+
+private:
+    platform::Descriptor m_descriptor;
+};
+
+/// Makes a folder the one that names start from, for a while.
+class WorkingFolder {
+public:
+    explicit WorkingFolder(const std::string& folder)
+        : m_before(std::filesystem::current_path()) {
+        std::filesystem::current_path(folder);
+    }
+    WorkingFolder(const WorkingFolder&) = delete;
+    WorkingFolder& operator=(const WorkingFolder&) = delete;
+    WorkingFolder(WorkingFolder&&) = delete;
+    WorkingFolder& operator=(WorkingFolder&&) = delete;
+    ~WorkingFolder() {
+        std::error_code ignored;
+        std::filesystem::current_path(m_before, ignored);
+    }
+
+private:
+    std::filesystem::path m_before;
+};
+
 class AvReader : public ::testing::Test {
 protected:
     static void SetUpTestSuite() { platform::av::prepareReader(); }
@@ -366,7 +405,12 @@ TEST_F(AvReader, ReadsNothingButRegularFiles) {
 
 TEST_F(AvReader, OpensNothingThatAFileNames) {
     const TemporaryFolder folder;
-    const std::string other = pathOf("h264.ts");
+    const TemporaryFolder others;
+    const std::string other = others.file("other.ts", contentsOf("h264.ts"));
+    const OpenWatch watch(others.path());
+    // Some names are only followed when they are harmless, and these start from where one is.
+    const WorkingFolder here(others.path());
+    const std::string harmless = "ffconcat version 1.0\nfile other.ts\n";
     const std::string list = "ffconcat version 1.0\nfile '" + other + "'\n";
     const std::string playlist = "#EXTM3U\n#EXT-X-TARGETDURATION:10\n#EXT-X-VERSION:3\n"
                                  "#EXTINF:1.0,\n" +
@@ -380,11 +424,15 @@ TEST_F(AvReader, OpensNothingThatAFileNames) {
                                  other +
                                  "</BaseURL></Representation>"
                                  "</AdaptationSet></Period></MPD>";
-    for (const std::string& text : {list, playlist, plain, session, manifest}) {
+    for (const std::string& text : {harmless, list, playlist, plain, session, manifest}) {
         EXPECT_EQ(readBytes(text), std::nullopt) << text;
         platform::worker::MediaWorker worker(realWorker());
         EXPECT_EQ(mediaAssetProperties(worker, folder.file("film.mp4", text), false), std::nullopt);
+        EXPECT_FALSE(watch.hasSeenAny()) << text;
     }
+    // It would have been seen.
+    EXPECT_FALSE(std::ifstream(other).fail());
+    EXPECT_TRUE(watch.hasSeenAny());
 }
 
 TEST_F(AvReader, HarmlessAreFilesThatAreCutOff) {
