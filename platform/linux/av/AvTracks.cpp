@@ -122,6 +122,12 @@ std::uint32_t bitsPerChannel(const AVStream& stream) {
     return static_cast<std::uint32_t>(std::max(isTold ? used : stored, 0));
 }
 
+// Of the decoded sound.
+std::uint32_t channelsOf(const AVStream& stream) {
+    const auto stored = static_cast<std::uint32_t>(stream.codecpar->ch_layout.nb_channels);
+    return stored == 1 && isParametricStereo(stream) ? 2 : stored;
+}
+
 AudioTrack audioTrackOf(const AVFormatContext& context, const AVStream& stream) {
     const AVCodecParameters& format = *stream.codecpar;
     AudioTrack track;
@@ -129,8 +135,7 @@ AudioTrack audioTrackOf(const AVFormatContext& context, const AVStream& stream) 
         track.formatDescription = FormatDescription{codeOfAudio(stream)};
     }
     if (format.sample_rate > 0 && format.ch_layout.nb_channels > 0) {
-        track.streamDescription = {static_cast<double>(format.sample_rate),
-                                   static_cast<std::uint32_t>(format.ch_layout.nb_channels),
+        track.streamDescription = {static_cast<double>(format.sample_rate), channelsOf(stream),
                                    bitsPerChannel(stream)};
     }
     return track;

@@ -19,6 +19,9 @@ namespace platform::av {
 codeOfVideo(const AVStream& stream, std::string_view container);
 [[nodiscard]] std::optional<MediaAssetProperties::FourCharCode> codeOfAudio(const AVStream& stream);
 
+/// Whether the sound of a stream is stored as one channel and what tells the other from it.
+[[nodiscard]] bool isParametricStereo(const AVStream& stream);
+
 /// Whether files of FFmpeg's format of this name are ISO base media or QuickTime files.
 [[nodiscard]] bool isOfMp4Family(std::string_view container);
 
