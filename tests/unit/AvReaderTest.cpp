@@ -193,7 +193,7 @@ Told toldByFfprobe(const char* name) {
         } else if (line.starts_with("sample_rate=")) {
             rate = value;
         } else if (line.starts_with("channels=")) {
-            told.sounds.push_back(rate + " " + value);
+            told.sounds.push_back(std::string(rate).append(" ").append(value));
         }
     }
     return told;

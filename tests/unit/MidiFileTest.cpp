@@ -16,6 +16,7 @@ using namespace std::string_literals;
 using namespace std::string_view_literals;
 
 constexpr std::uint16_t ticks = 96; // in a quarter note, of half a second
+const std::string quarter(1, static_cast<char>(ticks));
 const std::string endOfTrack = "\0\xFF\x2F\0"s;
 
 std::string bigEndian(std::uint32_t number, int size) {
@@ -62,11 +63,11 @@ std::string note(std::string_view time) {
 } // namespace
 
 TEST(MidiFile, PlaysUntilItsTrackEnds) {
-    EXPECT_EQ(durationOf(music({note("\x60") + endOfTrack})), 0.5);
-    EXPECT_EQ(durationOf(music({note("\x60") + "\x30\xFF\x2F\0"s})), 0.75);
+    EXPECT_EQ(durationOf(music({note(quarter) + endOfTrack})), 0.5);
+    EXPECT_EQ(durationOf(music({note(quarter) + "\x30\xFF\x2F\0"s})), 0.75);
     EXPECT_EQ(durationOf(music({endOfTrack})), 0.0);
-    EXPECT_EQ(durationOf(music({note("\x60")})), 0.5);
-    EXPECT_EQ(durationOf(music({endOfTrack + note("\x60")})), 0.0);
+    EXPECT_EQ(durationOf(music({note(quarter)})), 0.5);
+    EXPECT_EQ(durationOf(music({endOfTrack + note(quarter)})), 0.0);
 }
 
 TEST(MidiFile, TimesHaveFourBytesAtMost) {
@@ -79,20 +80,20 @@ TEST(MidiFile, TimesHaveFourBytesAtMost) {
 }
 
 TEST(MidiFile, PlaysAtTheTempoOfTheMoment) {
-    EXPECT_EQ(durationOf(music({tempo(0, 250'000) + note("\x60")})), 0.25);
-    EXPECT_EQ(durationOf(music({note("\x60") + tempo(0, 1'000'000) + note("\x60")})), 1.5);
-    EXPECT_EQ(durationOf(music({tempo(96, 1'000'000) + note("\x60")})), 1.5);
-    EXPECT_EQ(durationOf(music({note("\x60"), tempo(48, 1'000'000)})), 0.75);
-    EXPECT_EQ(durationOf(music({tempo(0, 0) + note("\x60")})), 0.0);
+    EXPECT_EQ(durationOf(music({tempo(0, 250'000) + note(quarter)})), 0.25);
+    EXPECT_EQ(durationOf(music({note(quarter) + tempo(0, 1'000'000) + note(quarter)})), 1.5);
+    EXPECT_EQ(durationOf(music({tempo(96, 1'000'000) + note(quarter)})), 1.5);
+    EXPECT_EQ(durationOf(music({note(quarter), tempo(48, 1'000'000)})), 0.75);
+    EXPECT_EQ(durationOf(music({tempo(0, 0) + note(quarter)})), 0.0);
     // Not three bytes: no tempo.
-    EXPECT_EQ(durationOf(music({"\0\xFF\x51\2\0\0"s + note("\x60")})), 0.5);
+    EXPECT_EQ(durationOf(music({"\0\xFF\x51\2\0\0"s + note(quarter)})), 0.5);
 }
 
 TEST(MidiFile, TracksPlayTogetherUnlessTheyArePieces) {
-    const std::string slow = tempo(0, 1'000'000) + note("\x60");
-    EXPECT_EQ(durationOf(music({note("\x60"), note("\x30")})), 0.5);
-    EXPECT_EQ(durationOf(music({slow, note("\x60")}, 1)), 1.0);
-    EXPECT_EQ(durationOf(music({slow, note("\x60")}, 2)), 1.5);
+    const std::string slow = tempo(0, 1'000'000) + note(quarter);
+    EXPECT_EQ(durationOf(music({note(quarter), note("\x30")})), 0.5);
+    EXPECT_EQ(durationOf(music({slow, note(quarter)}, 1)), 1.0);
+    EXPECT_EQ(durationOf(music({slow, note(quarter)}, 2)), 1.5);
 }
 
 TEST(MidiFile, TicksMayBePartsOfFrames) {
@@ -103,26 +104,27 @@ TEST(MidiFile, TicksMayBePartsOfFrames) {
 }
 
 TEST(MidiFile, EventsMayLeaveOutWhatTheyShareWithTheLast) {
-    EXPECT_EQ(durationOf(music({note("\x60") + "\x60\x40\0"s})), 1.0);
+    EXPECT_EQ(durationOf(music({note(quarter) + "\x60\x40\0"s})), 1.0);
     EXPECT_EQ(durationOf(music({"\0\xC0\x05\x60\x06"s})), 0.5); // one byte
     EXPECT_EQ(durationOf(music({"\x60\x40\0"s + endOfTrack})), 0.0);
 }
 
 TEST(MidiFile, PassesOverWhatTakesNoTime) {
-    EXPECT_EQ(durationOf(music({"\0\xF0\2\x01\xF7\0\xF7\1\x02"s + note("\x60")})), 0.5);
-    EXPECT_EQ(durationOf(music({"\0\xFF\3\4Name"s + note("\x60")})), 0.5);
-    const std::string bytes = music({note("\x60")});
+    EXPECT_EQ(durationOf(music({"\0\xF0\2\x01\xF7\0\xF7\1\x02"s + note(quarter)})), 0.5);
+    EXPECT_EQ(durationOf(music({"\0\xFF\3\4Name"s + note(quarter)})), 0.5);
+    const std::string bytes = music({note(quarter)});
     EXPECT_EQ(durationOf(bytes + chunk("XFIH", "more")), 0.5);
     // A header may grow.
-    EXPECT_EQ(durationOf(chunk("MThd", "\0\0\0\1\0\x60more"sv) + chunk("MTrk", note("\x60"))), 0.5);
+    EXPECT_EQ(durationOf(chunk("MThd", "\0\0\0\1\0\x60more"sv) + chunk("MTrk", note(quarter))),
+              0.5);
 }
 
 TEST(MidiFile, EndsWhereItIsDamaged) {
-    EXPECT_EQ(durationOf(music({note("\x60") + "\x60\xF4"s})), 0.5);
-    EXPECT_EQ(durationOf(music({note("\x60") + "\x60\xFF\1\x7FText"s})), 0.5);
-    EXPECT_EQ(durationOf(music({note("\x60") + "\x60\x90\x40"s})), 0.5);
-    EXPECT_EQ(durationOf(music({note("\x60") + "\x60\xFF\x51\3\0"s})), 0.5);
-    const std::string whole = music({note("\x60"), note("\x60")});
+    EXPECT_EQ(durationOf(music({note(quarter) + "\x60\xF4"s})), 0.5);
+    EXPECT_EQ(durationOf(music({note(quarter) + "\x60\xFF\1\x7FText"s})), 0.5);
+    EXPECT_EQ(durationOf(music({note(quarter) + "\x60\x90\x40"s})), 0.5);
+    EXPECT_EQ(durationOf(music({note(quarter) + "\x60\xFF\x51\3\0"s})), 0.5);
+    const std::string whole = music({note(quarter), note(quarter)});
     for (std::size_t size = 0; size < whole.size(); ++size) {
         const auto found = durationOf(std::string_view(whole).substr(0, size));
         EXPECT_EQ(found.has_value(), size >= 22) << size;
@@ -133,16 +135,17 @@ TEST(MidiFile, EndsWhereItIsDamaged) {
 TEST(MidiFile, IsNothingWithoutTracksOrTime) {
     EXPECT_EQ(durationOf(""), std::nullopt);
     EXPECT_EQ(durationOf(music({})), std::nullopt);
-    EXPECT_EQ(durationOf(music({note("\x60")}, 1, 0)), std::nullopt);
-    EXPECT_EQ(durationOf(music({note("\x60")}, 1, 0xE700)), std::nullopt);
-    EXPECT_EQ(durationOf("RIFF" + music({note("\x60")})), std::nullopt);
+    EXPECT_EQ(durationOf(music({note(quarter)}, 1, 0)), std::nullopt);
+    EXPECT_EQ(durationOf(music({note(quarter)}, 1, 0xE700)), std::nullopt);
+    EXPECT_EQ(durationOf("RIFF" + music({note(quarter)})), std::nullopt);
     EXPECT_EQ(durationOf("MThd\xFF\xFF\xFF\xFF\0\1\0\1\0\x60MTrk"s), std::nullopt);
     EXPECT_EQ(durationOf("MThd\0\0\0\0\0\1\0\1\0\x60MTrk\0\0\0\0"s), std::nullopt);
-    EXPECT_EQ(durationOf(music({note("\x60")}).append(std::size_t{16} << 20U, '\0')), std::nullopt);
+    EXPECT_EQ(durationOf(music({note(quarter)}).append(std::size_t{16} << 20U, '\0')),
+              std::nullopt);
 }
 
 TEST(MidiFile, IsReadAsARecordingWithoutTracks) {
-    const MemoryFile contents(music({note("\x60")}));
+    const MemoryFile contents(music({note(quarter)}));
     const auto asset = platform::av::readMediaAsset(contents.descriptor(), true);
     platform::MediaAssetProperties expected;
     expected.duration = 0.5;
