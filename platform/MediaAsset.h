@@ -15,6 +15,13 @@ struct MediaAssetProperties {
     /// audio those of Core Audio ('aac ').
     using FourCharCode = std::uint32_t;
 
+    /// What the samples of a track are.
+    struct FormatDescription {
+        std::optional<FourCharCode> mediaSubType; ///< absent for a format that has no such code
+
+        friend bool operator==(const FormatDescription&, const FormatDescription&) = default;
+    };
+
     /// A track of pictures.
     struct VideoTrack {
         /// Width for display before the track is turned, in square pixels.
@@ -32,7 +39,7 @@ struct MediaAssetProperties {
         Transform preferredTransform; ///< neither where the file says nothing
         /// Frames a second, on average; 0 when that is not known.
         float nominalFrameRate = 0;
-        std::optional<FourCharCode> mediaSubType; ///< absent for a format that has no such code
+        std::optional<FormatDescription> formatDescription; ///< absent where the file has none
 
         friend bool operator==(const VideoTrack&, const VideoTrack&) = default;
     };
@@ -47,7 +54,7 @@ struct MediaAssetProperties {
 
             friend bool operator==(const StreamDescription&, const StreamDescription&) = default;
         };
-        std::optional<FourCharCode> mediaSubType; ///< absent for a format that has no such code
+        std::optional<FormatDescription> formatDescription; ///< absent where the file has none
         std::optional<StreamDescription> streamDescription; ///< absent when it is not known
 
         friend bool operator==(const AudioTrack&, const AudioTrack&) = default;
