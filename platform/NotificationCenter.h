@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/FileURL.h"
 
 #include <cstdint>
@@ -14,7 +15,7 @@
 namespace platform {
 
 /// An announcement to whoever wants to know.
-struct Notification {
+struct QM_EXPORT Notification {
     using Value = std::variant<std::string, FileURL>;
 
     std::string name;
@@ -23,7 +24,7 @@ struct Notification {
 };
 
 /// Hands notifications to observers. Any thread.
-class NotificationCenter {
+class QM_EXPORT NotificationCenter {
 public:
     using Handler = std::function<void(const Notification&)>;
     /// Names an observer; never used again for another one.
