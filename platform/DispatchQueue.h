@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Export.h"
+
 #include <functional>
 
 /// Queues of work, in the manner of a system-wide dispatch service.
@@ -24,20 +26,20 @@ enum class QualityOfService : unsigned {
 /// When the system refuses another thread, the work waits for one of the queue's threads; when
 /// it has none at all, the calling thread does the work itself before this call returns. Do not
 /// hold a lock that the work needs.
-void async(QualityOfService quality, std::function<void()> work);
+QM_EXPORT void async(QualityOfService quality, std::function<void()> work);
 
 /// Runs `work` on the main queue and returns at once, never running it inside this call. Work
 /// runs one piece at a time in the order in which it was submitted, on the thread that services
 /// the default main context (a GTK or Qt application does so by itself; others call
 /// `runMainQueueUntil`). Work that services the context itself lets the next piece start before
 /// it ends. May be called from any thread.
-void asyncMain(std::function<void()> work);
+QM_EXPORT void asyncMain(std::function<void()> work);
 
 /// Services the main queue on the calling thread until `done` answers true; `done` is asked
 /// before the first and after every piece of work, and now and then in between. For programs
 /// without a main loop of their own. What `done` looks at should change on the main queue: a
 /// change elsewhere may go unnoticed until the next piece of work. `done` must not throw. While
 /// another thread services the main queue, waits until that one stops.
-void runMainQueueUntil(const std::function<bool()>& done);
+QM_EXPORT void runMainQueueUntil(const std::function<bool()>& done);
 
 } // namespace platform::DispatchQueue

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Export.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -9,7 +11,7 @@
 namespace platform {
 
 /// What a film or a recording says of itself.
-struct MediaAssetProperties {
+struct QM_EXPORT MediaAssetProperties {
     /// A four-character code, its first character in the most significant byte. Those of video and
     /// of audio formats are the ones of QuickTime and of ISO base media files ('avc1'), and for
     /// audio those of Core Audio ('aac ').
@@ -83,7 +85,7 @@ struct MediaAssetProperties {
 /// one refers to. nullopt when it cannot be opened, is no regular file, or is nothing of the kind
 /// that can be read. Titles, artists and albums are read only for `wantsMetadata`. Blocks, but not
 /// for ever: a file that takes too long counts as one that cannot be read. Any thread.
-[[nodiscard]] std::optional<MediaAssetProperties>
+QM_EXPORT [[nodiscard]] std::optional<MediaAssetProperties>
 mediaAssetPropertiesOfFile(const std::string& path, bool wantsMetadata);
 
 } // namespace platform
