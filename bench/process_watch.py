@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """Watches a process and all that it starts, from /proc, while it runs.
 
-Its readers are no children of it (they end with a socket of its), so they are known by their folder:
-whatever runs from there that did not run before.
+Its readers are no children of it (they end with a socket of its), so they are known by their folder,
+from which nothing else may run.
 """
 import dataclasses
 import os
@@ -35,6 +35,12 @@ def exists(process, start):
 def resident(process):
     with open(f"/proc/{process}/statm", encoding="ascii") as file:
         return int(file.read().split()[1]) * PAGE
+
+
+def largest(process):
+    """Its largest resident size so far in KiB, or 0 when it has ended."""
+    with open(f"/proc/{process}/status", encoding="utf-8", errors="replace") as file:
+        return next((int(line.split()[1]) for line in file if line.startswith("VmHWM:")), 0)
 
 
 def descriptors(process):
@@ -81,12 +87,12 @@ def look_at(processes):
     return found
 
 
-def watch(running, folder, before, pause=0.02):
-    """Samples of the process (of subprocess) until it ends; `before` are others of its folder."""
+def watch(running, folder, pause=0.02):
+    """Samples of the process (of subprocess) until it ends."""
     samples = []
     while running.poll() is None:
         try:
-            others = {*of_folder(folder), *descendants(running.pid)} - before - {running.pid}
+            others = {*of_folder(folder), *descendants(running.pid)} - {running.pid}
             samples.append(Sample(resident(running.pid), descriptors(running.pid),
                                   look_at(others)))
         except OSError:
