@@ -4,7 +4,8 @@
 #   make run                     qm on README.md
 #   make run ARGS="info -s ."    qm with arguments of your own
 #   make test                    build and pass every test
-#   make bench                   print the table of measured ratios
+#   make bench                   print what was measured, and write it into bench/report.md
+#   make soak                    read 100,000 files, a tenth of them hostile, and look for leaks
 #   make install PREFIX=/usr     install what was built; DESTDIR goes in front
 #   make deb                     Debian packages, in build/deb
 #   make docs                    the library's reference, in build/docs/html
@@ -17,7 +18,7 @@ ARGS ?= info README.md
 PREFIX ?= /usr/local
 BUILD := build/release
 
-.PHONY: all build run test bench fuzz tidy install deb docs pictures format clean
+.PHONY: all build run test bench soak fuzz tidy install deb docs pictures format clean
 
 all: build
 
@@ -39,7 +40,13 @@ bench:
 	@packaging/install-packages build bench
 	cmake --preset bench
 	cmake --build --preset bench
-	bench/run build/bench
+	bench/run --report bench/report.md --plot docs/complexity.svg build/bench
+
+soak:
+	@packaging/install-packages build bench
+	cmake --preset bench
+	cmake --build --preset bench
+	bench/soak build/bench
 
 fuzz:
 	@packaging/install-packages build check
