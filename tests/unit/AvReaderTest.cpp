@@ -394,6 +394,12 @@ TEST_F(AvReader, ReadsBytesOfNothingAsNothing) {
     }
     EXPECT_EQ(readBytes(""), std::nullopt);
     EXPECT_EQ(readBytes(std::string(100'000, '\0')), std::nullopt);
+    // The mark of a packet in a transport stream is a letter.
+    for (std::size_t place = 0; place < 200; place += 9) {
+        std::string text(250, 'a');
+        text[place] = 'G';
+        EXPECT_EQ(readBytes(text), std::nullopt) << place;
+    }
 }
 
 TEST_F(AvReader, ReadsNothingButRegularFiles) {

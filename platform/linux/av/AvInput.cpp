@@ -57,6 +57,13 @@ void setLimits(AVFormatContext& context) {
     context.max_probe_packets = maximumProbedPackets;
 }
 
+// A few bytes, of any kind, are taken for a transport stream where one of them is a 'G'.
+bool isGuess(const AVFormatContext& context) {
+    constexpr int scoreOfFewBytes = 2;
+    return context.probe_score <= scoreOfFewBytes &&
+           std::string_view(context.iformat->name) == "mpegts";
+}
+
 // With a buffer of its own.
 void freeFile(AVIOContext* file) {
     if (file != nullptr) {
@@ -117,7 +124,7 @@ bool AvInput::openContext() {
         return false;
     }
     m_context = context;
-    return true;
+    return !isGuess(*context);
 }
 
 void AvInput::probeStreams() {
