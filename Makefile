@@ -4,8 +4,10 @@
 #   make run                     qm on README.md
 #   make run ARGS="info -s ."    qm with arguments of your own
 #   make test                    build and pass every test
-#   make bench                   print the table of measured ratios
-#   make install PREFIX=/usr     install what was built
+#   make bench                   print what was measured, and write it into bench/report.md
+#   make soak                    read 100,000 files, a tenth of them hostile, and look for leaks
+#   make install PREFIX=/usr     install what was built; DESTDIR goes in front
+#   make deb                     Debian packages, in build/deb
 #   make docs                    the library's reference, in build/docs/html
 #   make pictures                draw the pictures in docs/ again, with what qm prints now
 #   make format                  let clang-format rewrite the sources
@@ -17,7 +19,7 @@ ARGS ?= info README.md
 PREFIX ?= /usr/local
 BUILD := build/release
 
-.PHONY: all build run test bench fuzz coverage tidy install docs pictures format clean
+.PHONY: all build run test bench soak fuzz coverage tidy install deb docs pictures format clean
 
 all: build
 
@@ -39,7 +41,13 @@ bench:
 	@packaging/install-packages build bench
 	cmake --preset bench
 	cmake --build --preset bench
-	bench/run build/bench
+	bench/run --report bench/report.md --plot docs/complexity.svg build/bench
+
+soak:
+	@packaging/install-packages build bench
+	cmake --preset bench
+	cmake --build --preset bench
+	bench/soak build/bench
 
 fuzz:
 	@packaging/install-packages build check
@@ -61,11 +69,17 @@ tidy:
 	cmake --build --preset tidy --target qm_uniform_types_generated
 	run-clang-tidy -quiet -p build/tidy '^$(CURDIR)/(cli|model|services|foundation|platform)/'
 
-install: build
-	@cmake --build --preset release --target quillmere-hdiutil \
-		quillmere-media-worker quillmere-media-worker-av quillmere-media-worker-pdf \
-		completions manual >&2
-	cmake --install $(BUILD) --prefix $(PREFIX)
+# Programs know the prefix, so it is chosen before they are linked.
+install:
+	@packaging/install-packages build >&2
+	@test -e $(BUILD)/build.ninja || cmake --preset release -DQM_BUILD_TESTS=OFF >/dev/null
+	@cmake -S . -B $(BUILD) -DCMAKE_INSTALL_PREFIX=$(PREFIX) >/dev/null
+	@cmake --build --preset release --target installed_files >&2
+	cmake --install $(BUILD)
+
+deb:
+	@packaging/install-packages build deb
+	packaging/build-packages build/deb
 
 docs:
 	@packaging/install-packages docs

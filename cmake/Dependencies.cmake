@@ -23,6 +23,10 @@ endfunction()
 qm_static_library(qm_icu unicode/utypes.h icui18n icuuc icudata)
 qm_static_library(qm_crypto openssl/sha.h crypto)
 
+# The same for the shared library, whose users load what the system keeps up to date.
+pkg_check_modules(ICU REQUIRED IMPORTED_TARGET icu-i18n icu-uc)
+pkg_check_modules(CRYPTO REQUIRED IMPORTED_TARGET libcrypto)
+
 pkg_check_modules(BLKID REQUIRED IMPORTED_TARGET blkid)
 pkg_check_modules(PLIST REQUIRED IMPORTED_TARGET libplist-2.0)
 pkg_check_modules(GLIB REQUIRED IMPORTED_TARGET glib-2.0)

@@ -13,6 +13,7 @@
 
 #include <charconv>
 #include <cstdio>
+#include <map>
 #include <new>
 #include <optional>
 #include <string>
@@ -113,33 +114,42 @@ std::string asElement(Json json) {
     return text.substr(begin.size(), text.size() - begin.size() - end.size());
 }
 
-void print(const std::vector<std::string>& elements) {
-    const char* separator = "[\n";
-    for (const std::string& element : elements) {
-        std::printf("%s%s", separator, element.c_str());
-        separator = ",\n";
+/// An array that is printed as its elements come, in any order. Only those are kept for which an
+/// earlier one is still missing, so that memory does not grow with the number of files.
+class PrintedArray {
+public:
+    void set(std::size_t number, std::string element) {
+        waiting.emplace(number, std::move(element));
+        for (auto first = waiting.begin(); first != waiting.end() && first->first == printed;
+             first = waiting.erase(first)) {
+            std::printf("%s%s", printed++ == 0 ? "[\n" : ",\n", first->second.c_str());
+        }
     }
-    std::puts("\n]");
-}
+
+    static void end() { std::puts("\n]"); }
+
+private:
+    std::map<std::size_t, std::string> waiting;
+    std::size_t printed = 0;
+};
 
 /// Keeps as many extractions in flight as it may, until all files are done. Lives on the thread of
 /// the main queue.
 class Extractions {
 public:
     explicit Extractions(Options wanted)
-        : options(std::move(wanted))
-        , results(options.files.size()) {}
+        : options(std::move(wanted)) {}
 
-    /// The results as elements of an array, in the order of the files. Throws std::bad_alloc when
-    /// one of them did not fit into memory.
-    std::vector<std::string> run() {
+    /// Prints the results as an array in the order of the files. Throws std::bad_alloc when one of
+    /// them did not fit into memory.
+    void run() {
         // On the main queue, so that it is there before files can take up all descriptors.
         platform::DispatchQueue::asyncMain([this] { startSome(); });
-        platform::DispatchQueue::runMainQueueUntil([this] { return done == results.size(); });
+        platform::DispatchQueue::runMainQueueUntil([this] { return done == options.files.size(); });
         if (lacksMemory) {
             throw std::bad_alloc();
         }
-        return std::move(results);
+        PrintedArray::end();
     }
 
 private:
@@ -175,14 +185,14 @@ private:
         }
         // While the next file is read.
         try {
-            results[number] = asElement(asJson(options.files[number], result));
+            results.set(number, asElement(asJson(options.files[number], result)));
         } catch (const std::bad_alloc&) {
             lacksMemory = true;
         }
     }
 
     Options options;
-    std::vector<std::string> results;
+    PrintedArray results;
     std::size_t next = 0;
     std::size_t done = 0;
     bool isStarting = false;
@@ -199,7 +209,7 @@ int run(const std::vector<std::string_view>& arguments) {
         enableOnly(*options->keys);
     }
     QMPreferencesKeys::registerDefaults();
-    print(Extractions(*std::move(options)).run());
+    Extractions(*std::move(options)).run();
     if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
         std::perror("show_metadata");
         return 1;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Export.h"
+
 #include <string_view>
 
 /// The names under which the user's preferences are kept, in the order of their declaration. What
@@ -116,7 +118,7 @@ inline constexpr std::string_view QMWindowStateKey = "QMWindowState";
 inline constexpr std::string_view QMPreferencesDidChangeNotification = "QMPreferencesDidChange";
 
 /// The defaults of the preferences.
-class QMPreferencesKeys {
+class QM_EXPORT QMPreferencesKeys {
 public:
     /// Registers a default for most preferences in platform::UserDefaults::standard(), beneath what
     /// the user has set; the paths among them are his home directory as it is now. Called again, it

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Export.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -11,26 +13,26 @@
 
 /// Whether the uniform type `identifier` equals `other` or descends from it. False when either is
 /// empty or unknown.
-[[nodiscard]] bool qm_utiConformsTo(std::string_view identifier, std::string_view other);
+QM_EXPORT [[nodiscard]] bool qm_utiConformsTo(std::string_view identifier, std::string_view other);
 
 /// A byte count for people, in decimal units and the user's locale: "1.5 MB", "Zero KB".
-[[nodiscard]] std::string qm_humanReadableSize(std::int64_t byteCount);
+QM_EXPORT [[nodiscard]] std::string qm_humanReadableSize(std::int64_t byteCount);
 
 /// The extension of the last component of `path` in lower case; empty when there is none.
-[[nodiscard]] std::string qm_pathExtensionLowercased(std::string_view path);
+QM_EXPORT [[nodiscard]] std::string qm_pathExtensionLowercased(std::string_view path);
 
 /// Whether the last component of `path` begins with a dot.
-[[nodiscard]] bool qm_isHiddenFileName(std::string_view path);
+QM_EXPORT [[nodiscard]] bool qm_isHiddenFileName(std::string_view path);
 
 /// A path in `directory` at which nothing exists yet: `name` itself, else "base (n).extension" with
 /// the first free n from 2 on. When all up to 9999 are taken, the path with 9999. Another process
 /// may take the name before the caller does.
-[[nodiscard]] std::string qm_uniquePathInDirectory(std::string_view name,
-                                                   std::string_view directory);
+QM_EXPORT [[nodiscard]] std::string qm_uniquePathInDirectory(std::string_view name,
+                                                             std::string_view directory);
 
 /// `texts` in their order with `separator` between them.
-[[nodiscard]] std::string qm_joined(const std::vector<std::string>& texts,
-                                    std::string_view separator);
+QM_EXPORT [[nodiscard]] std::string qm_joined(const std::vector<std::string>& texts,
+                                              std::string_view separator);
 
 /// `path` with the user's home directory replaced by "~"; other paths unchanged.
-[[nodiscard]] std::string qm_abbreviatedPath(std::string_view path);
+QM_EXPORT [[nodiscard]] std::string qm_abbreviatedPath(std::string_view path);

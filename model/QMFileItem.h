@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/DateFormatter.h"
+#include "platform/Export.h"
 #include "platform/FileURL.h"
 #include "platform/Icon.h"
 #include "platform/KeyedArchive.h"
@@ -22,7 +23,7 @@
 /// that an application may assign. Items live in shared pointers; those that cannot be made are
 /// null. Paths and names are bytes, other texts UTF-8. No member throws. An item may be read from
 /// any number of threads; assigning a field needs the caller's own lock.
-class QMFileItem : public std::enable_shared_from_this<QMFileItem> {
+class QM_EXPORT QMFileItem : public std::enable_shared_from_this<QMFileItem> {
 public:
     /// Reads the item at `url` from the file system, a symbolic link as itself. Null when nothing
     /// is there. Opens no file, so FIFOs and devices never block.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Export.h"
+
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,7 +11,7 @@
 
 /// One line of what is told of a file. Texts are UTF-8 and the entry's own. Entries live in shared
 /// pointers; one thread at a time while an entry is changed, any number once it is only read.
-struct QMMetadataEntry {
+struct QM_EXPORT QMMetadataEntry {
     /// Which line it is, the same in every language: "pageCount".
     std::optional<std::string> key;
     /// The label beside the value, in the user's language.

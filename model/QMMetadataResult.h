@@ -3,13 +3,14 @@
 
 #include "model/QMMetadataCategory.h"
 #include "model/QMMetadataEntry.h"
+#include "platform/Export.h"
 
 #include <memory>
 #include <optional>
 #include <string>
 
 /// What is told of one file. Threads as for entries.
-struct QMMetadataResult {
+struct QM_EXPORT QMMetadataResult {
     QMMetadataCategory category = QMMetadataCategoryNone; ///< by the extension of the file's name
     /// The category's name for people, UTF-8.
     std::optional<std::string> categoryName;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Export.h"
+
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -17,7 +19,7 @@ using Date = std::chrono::sys_time<std::chrono::microseconds>;
 /// locale, whose digits and calendar they have. The user's locale is the one in force when the
 /// formatter is made; a change of the time zone (TZ, or the system's setting) is seen by the next
 /// call. Any thread.
-class DateFormatter {
+class QM_EXPORT DateFormatter {
 public:
     /// `pattern` is a date pattern of Unicode TR 35, for example "yyyy-MM-dd HH:mm:ss". It may not
     /// hold fields that name the time zone. In the user's locale.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Export.h"
+
 #include <functional>
 
 /// Queues of work, in the manner of a system-wide dispatch service.
@@ -25,7 +27,7 @@ enum class QualityOfService : unsigned {
 /// it has none at all, the calling thread does the work itself before this call returns. Do not
 /// hold a lock that the work needs. Throws std::bad_alloc when there is no memory to queue the
 /// work, which does not run then.
-void async(QualityOfService quality, std::function<void()> work);
+QM_EXPORT void async(QualityOfService quality, std::function<void()> work);
 
 /// Runs `work` on the main queue and returns at once, never running it inside this call. Work
 /// runs one piece at a time in the order in which it was submitted, on the thread that services
@@ -33,20 +35,20 @@ void async(QualityOfService quality, std::function<void()> work);
 /// `runMainQueueUntil`). Work that services the context itself lets the next piece start before
 /// it ends. May be called from any thread. Throws std::bad_alloc when there is no memory to queue
 /// the work, which does not run then.
-void asyncMain(std::function<void()> work);
+QM_EXPORT void asyncMain(std::function<void()> work);
 
 /// Runs `work` like `async` and then `reply` like `asyncMain`, also when `work` runs out of memory,
 /// the one exception that may leave it: so whoever waits for `reply` gets it in any case. All that
 /// this takes is had before it returns; throws std::bad_alloc when it is not to be had, and then
 /// neither runs.
-void asyncWithReply(QualityOfService quality, std::function<void()> work,
-                    std::function<void()> reply);
+QM_EXPORT void asyncWithReply(QualityOfService quality, std::function<void()> work,
+                              std::function<void()> reply);
 
 /// Services the main queue on the calling thread until `done` answers true; `done` is asked
 /// before the first and after every piece of work, and now and then in between. For programs
 /// without a main loop of their own. What `done` looks at should change on the main queue: a
 /// change elsewhere may go unnoticed until the next piece of work. `done` must not throw. While
 /// another thread services the main queue, waits until that one stops.
-void runMainQueueUntil(const std::function<bool()>& done);
+QM_EXPORT void runMainQueueUntil(const std::function<bool()>& done);
 
 } // namespace platform::DispatchQueue

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Data.h"
+#include "platform/Export.h"
 
 #include <cstdint>
 #include <optional>
@@ -13,7 +14,7 @@ namespace platform {
 
 /// An open file, read from its current position. Owns its descriptor and closes it at the end of
 /// its life. May be moved; one thread at a time.
-class FileHandle {
+class QM_EXPORT FileHandle {
 public:
     /// Opens the file at `path` for reading. nullopt when it is missing or may not be read, and
     /// for a folder. Opening a FIFO waits for a writer, as it does for every program.

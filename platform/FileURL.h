@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Export.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,7 +11,7 @@ namespace platform {
 
 /// The location of a file as a "file:" URL (RFC 8089). The path is bytes; bytes that may not stand
 /// in a URL are percent-encoded in its text form, so that every path survives the round trip.
-class FileURL {
+class QM_EXPORT FileURL {
 public:
     /// The URL of `path`; a relative path is taken from the current directory, and stays relative
     /// when that is gone. Trailing slashes go, except from "/"; "." and ".." stay.

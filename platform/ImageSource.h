@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Export.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -10,7 +12,7 @@ namespace platform {
 
 /// What an image file says of its first image. Texts are UTF-8, without NUL and without the blanks
 /// that cameras fill fields with at their end. Absent is what the file does not say.
-struct ImageProperties {
+struct QM_EXPORT ImageProperties {
     /// Exif 2.32, the fields of the Exif IFD.
     struct Exif {
         std::optional<std::string> lensModel;           ///< in the camera's words
@@ -73,7 +75,7 @@ struct ImageProperties {
 /// cannot be opened, is no regular file, or is no image that can be read. Counting images may mean
 /// walking through the whole file, so it is done only for `wantsImageCount`. Blocks, but not for
 /// ever: a file that takes too long counts as one that cannot be read. Any thread.
-[[nodiscard]] std::optional<ImageProperties> imagePropertiesOfFile(const std::string& path,
-                                                                   bool wantsImageCount);
+QM_EXPORT [[nodiscard]] std::optional<ImageProperties>
+imagePropertiesOfFile(const std::string& path, bool wantsImageCount);
 
 } // namespace platform

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Data.h"
+#include "platform/Export.h"
 
 #include <map>
 #include <optional>
@@ -13,7 +14,7 @@ namespace platform {
 /// Writes the fields of one object as a keyed archive: a binary property list with the members
 /// "$archiver" ("NSKeyedArchiver"), "$version" (100000), "$top" and "$objects", in which values
 /// refer to each other by index.
-class KeyedArchiver {
+class QM_EXPORT KeyedArchiver {
 public:
     /// `className` names the class of the object and is checked on reading.
     explicit KeyedArchiver(std::string className)
@@ -32,7 +33,7 @@ private:
 };
 
 /// Reads what a KeyedArchiver wrote. The archive may be hostile.
-class KeyedUnarchiver {
+class QM_EXPORT KeyedUnarchiver {
 public:
     /// Opens an archive whose root is an object of the class `className`; nullopt for everything
     /// else, for damaged archives, and for more than 16 MiB.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Export.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -9,11 +11,18 @@
 namespace platform {
 
 /// What a film or a recording says of itself.
-struct MediaAssetProperties {
+struct QM_EXPORT MediaAssetProperties {
     /// A four-character code, its first character in the most significant byte. Those of video and
     /// of audio formats are the ones of QuickTime and of ISO base media files ('avc1'), and for
     /// audio those of Core Audio ('aac ').
     using FourCharCode = std::uint32_t;
+
+    /// What the samples of a track are.
+    struct FormatDescription {
+        std::optional<FourCharCode> mediaSubType; ///< absent for a format that has no such code
+
+        friend bool operator==(const FormatDescription&, const FormatDescription&) = default;
+    };
 
     /// A track of pictures.
     struct VideoTrack {
@@ -32,7 +41,7 @@ struct MediaAssetProperties {
         Transform preferredTransform; ///< neither where the file says nothing
         /// Frames a second, on average; 0 when that is not known.
         float nominalFrameRate = 0;
-        std::optional<FourCharCode> mediaSubType; ///< absent for a format that has no such code
+        std::optional<FormatDescription> formatDescription; ///< absent where the file has none
 
         friend bool operator==(const VideoTrack&, const VideoTrack&) = default;
     };
@@ -47,7 +56,7 @@ struct MediaAssetProperties {
 
             friend bool operator==(const StreamDescription&, const StreamDescription&) = default;
         };
-        std::optional<FourCharCode> mediaSubType; ///< absent for a format that has no such code
+        std::optional<FormatDescription> formatDescription; ///< absent where the file has none
         std::optional<StreamDescription> streamDescription; ///< absent when it is not known
 
         friend bool operator==(const AudioTrack&, const AudioTrack&) = default;
@@ -76,7 +85,7 @@ struct MediaAssetProperties {
 /// one refers to. nullopt when it cannot be opened, is no regular file, or is nothing of the kind
 /// that can be read. Titles, artists and albums are read only for `wantsMetadata`. Blocks, but not
 /// for ever: a file that takes too long counts as one that cannot be read. Any thread.
-[[nodiscard]] std::optional<MediaAssetProperties>
+QM_EXPORT [[nodiscard]] std::optional<MediaAssetProperties>
 mediaAssetPropertiesOfFile(const std::string& path, bool wantsMetadata);
 
 } // namespace platform

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/FileURL.h"
 
 #include <cstdint>
@@ -14,7 +15,7 @@
 namespace platform {
 
 /// An announcement to whoever wants to know.
-struct Notification {
+struct QM_EXPORT Notification {
     /// What can be sent along.
     using Value = std::variant<std::string, FileURL>;
 
@@ -25,7 +26,7 @@ struct Notification {
 };
 
 /// Hands notifications to observers. Any thread.
-class NotificationCenter {
+class QM_EXPORT NotificationCenter {
 public:
     /// Called on the thread that posts; what it throws reaches whoever posts.
     using Handler = std::function<void(const Notification&)>;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Export.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -8,7 +10,7 @@
 namespace platform {
 
 /// What a PDF says of itself (ISO 32000-2). Texts are UTF-8 and end before their first NUL.
-struct PDFDocumentProperties {
+struct QM_EXPORT PDFDocumentProperties {
     /// Of the header, or of the catalog where that has a later one. Each number is 0 where the file
     /// has none.
     struct Version {
@@ -37,7 +39,7 @@ struct PDFDocumentProperties {
 /// file, or is no PDF that can be read. Only what is said of the document as a whole is read, and
 /// for `wantsText` the first page. Blocks, but not for ever: a file that takes too long counts as
 /// one that cannot be read. Any thread.
-[[nodiscard]] std::optional<PDFDocumentProperties>
+QM_EXPORT [[nodiscard]] std::optional<PDFDocumentProperties>
 pdfDocumentPropertiesOfFile(const std::string& path, bool wantsText);
 
 } // namespace platform

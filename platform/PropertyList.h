@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Data.h"
+#include "platform/Export.h"
 
 #include <concepts>
 #include <cstdint>
@@ -18,7 +19,7 @@ namespace platform {
 
 /// A property-list value. Texts are UTF-8 without NUL. Dictionaries are ordered by key. Integers
 /// beyond 2^63 - 1 wrap around.
-class PropertyList {
+class QM_EXPORT PropertyList {
 public:
     /// Seconds since 2001-01-01 00:00:00 UTC, as property lists keep dates. Good to a few
     /// microseconds, and within 68 years of the start.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/PropertyList.h"
 
 #include <cstdint>
@@ -17,19 +18,19 @@ namespace platform {
 
 /// Numbers: whether they are not 0. Texts: whether they begin with "Y", "y", "T", "t" or, behind
 /// a sign and zeros, a digit from 1 to 9.
-[[nodiscard]] bool boolValue(const PropertyList& value);
+QM_EXPORT [[nodiscard]] bool boolValue(const PropertyList& value);
 
 /// Numbers without their fraction; texts by their decimal digits, with a sign or without. 1 for
 /// true. What is out of range becomes the nearest value; a number that is none becomes 0.
-[[nodiscard]] std::int64_t integerValue(const PropertyList& value);
+QM_EXPORT [[nodiscard]] std::int64_t integerValue(const PropertyList& value);
 
 /// Numbers; texts by their decimal digits, with a sign, a fraction behind "." and an exponent, or
 /// without. 1 for true. Texts out of range become infinite or 0; they name neither infinity nor
 /// numbers in other bases.
-[[nodiscard]] double doubleValue(const PropertyList& value);
+QM_EXPORT [[nodiscard]] double doubleValue(const PropertyList& value);
 
 /// Texts; numbers in decimal digits, those with a fraction in up to 16 of them. "1" for true, "0"
 /// for false. nullopt for every other kind.
-[[nodiscard]] std::optional<std::string> stringValue(const PropertyList& value);
+QM_EXPORT [[nodiscard]] std::optional<std::string> stringValue(const PropertyList& value);
 
 } // namespace platform

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/DateFormatter.h"
+#include "platform/Export.h"
 #include "platform/Icon.h"
 
 #include <cstdint>
@@ -32,7 +33,7 @@ enum class ResourceKey : std::uint8_t {
 };
 
 /// A set of resource keys.
-class ResourceKeySet {
+class QM_EXPORT ResourceKeySet {
 public:
     /// The set of these keys; repetition is harmless.
     constexpr ResourceKeySet(std::initializer_list<ResourceKey> keys)
@@ -54,7 +55,7 @@ private:
 
 /// Properties of one item; one is absent when it was not asked for or the item has none. The
 /// values of a symbolic link are the link's own.
-struct ResourceValues {
+struct QM_EXPORT ResourceValues {
     std::optional<std::string> name;       ///< as stored on disk; "/" for the root
     std::optional<std::uint64_t> fileSize; ///< bytes; absent for folders
     std::optional<bool> isDirectory;       ///< never for a link
@@ -74,7 +75,7 @@ struct ResourceValues {
 /// Reads the values of `keys` for the item at `path` (bytes, as given). nullopt when nothing is
 /// there; a dangling link is something. Opens neither the item nor what it links to, so FIFOs and
 /// devices never block. Any thread.
-[[nodiscard]] std::optional<ResourceValues> resourceValues(const std::string& path,
-                                                           ResourceKeySet keys);
+QM_EXPORT [[nodiscard]] std::optional<ResourceValues> resourceValues(const std::string& path,
+                                                                     ResourceKeySet keys);
 
 } // namespace platform

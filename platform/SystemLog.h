@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Export.h"
+
 #include <functional>
 #include <string_view>
 
@@ -13,7 +15,7 @@ using Sink = std::function<void(std::string_view message)>;
 /// Writes one error message (UTF-8) to the system log. Control characters and line separators,
 /// as they may come from file names, are replaced by blanks, so that one message is one line.
 /// Failures to log are ignored. Any thread.
-void error(std::string_view message);
+QM_EXPORT void error(std::string_view message);
 
 /// Sends later messages to `sink`, or to the system log again when it is empty. For tests.
 /// Any thread; the sink is called on the thread that logs, one message at a time, with the text
@@ -22,6 +24,6 @@ void error(std::string_view message);
 ///
 /// What a sink logs itself goes to the system log. A sink must not wait for another thread that
 /// logs or sets a sink.
-void setSink(Sink sink);
+QM_EXPORT void setSink(Sink sink);
 
 } // namespace platform::SystemLog

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Data.h"
+#include "platform/Export.h"
 #include "platform/PropertyList.h"
 
 #include <cstdint>
@@ -29,7 +30,7 @@ struct FileIdentity;
 /// file; whoever replaces it, rather than writing into it, lets nobody see half of one.
 ///
 /// Keys are compared by their bytes.
-class UserDefaults {
+class QM_EXPORT UserDefaults {
 public:
     /// The settings of the user who runs this process, for the whole of the process.
     [[nodiscard]] static UserDefaults& standard();

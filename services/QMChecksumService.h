@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/Data.h"
+#include "platform/Export.h"
 #include "platform/FileHandle.h"
 
 #include <cstdint>
@@ -21,7 +22,7 @@ enum QMChecksumAlgorithm : std::int64_t {
 
 /// Digests of files (RFC 1321, FIPS 180-4) as lower-case hexadecimal text. Keeps no state; any
 /// thread. Files of any size are read in pieces of 64 KiB.
-class QMChecksumService {
+class QM_EXPORT QMChecksumService {
 public:
     /// "SHA-256", "SHA-1", "SHA-512" or "MD5"; "SHA-256" for an invalid algorithm.
     [[nodiscard]] static std::string_view displayNameForAlgorithm(QMChecksumAlgorithm algorithm);

@@ -3,6 +3,7 @@
 
 #include "foundation/QMError.h"
 #include "platform/Data.h"
+#include "platform/Export.h"
 #include "platform/FileURL.h"
 #include "platform/PropertyList.h"
 
@@ -40,7 +41,7 @@ inline constexpr std::string_view QMDiskImageDidUnmountNotification =
 /// Services live in shared pointers. Any thread; completions and notifications come on the main
 /// queue, which somebody must service, a notification before the completion. Operations may run
 /// side by side. Paths are bytes.
-class QMDiskImageService : public std::enable_shared_from_this<QMDiskImageService> {
+class QM_EXPORT QMDiskImageService : public std::enable_shared_from_this<QMDiskImageService> {
 public:
     /// What a service works with. Others than the defaults are for tests.
     struct Settings {

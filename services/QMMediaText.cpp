@@ -28,6 +28,15 @@ std::string qm_textOfFourCharCode(std::uint32_t code) {
         .value_or(std::string(QMMetadataEntry::absentValue));
 }
 
+std::optional<std::string>
+qm_codecText(const std::optional<platform::MediaAssetProperties::FormatDescription>& format) {
+    if (!format) {
+        return std::nullopt;
+    }
+    return format->mediaSubType ? qm_textOfFourCharCode(*format->mediaSubType)
+                                : std::string(QMMetadataEntry::absentValue);
+}
+
 std::string qm_twoDigits(std::uint64_t number) {
     constexpr std::uint64_t ten = 10;
     return platform::format("{}{}", number < ten ? "0" : "", number);

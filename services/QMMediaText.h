@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/MediaAsset.h"
+
 #include <cstdint>
+#include <optional>
 #include <string>
 
 /// How measures of films and recordings are written down. Any thread.
@@ -13,6 +16,11 @@
 /// A four-character code as text: its bytes from the most significant one on, up to the first that
 /// is zero, blanks included. `QMMetadataEntry::absentValue` when they are not UTF-8.
 [[nodiscard]] std::string qm_textOfFourCharCode(std::uint32_t code);
+
+/// What the format of a track is called: nullopt without a description of it, and
+/// `QMMetadataEntry::absentValue` for one that has no code.
+[[nodiscard]] std::optional<std::string>
+qm_codecText(const std::optional<platform::MediaAssetProperties::FormatDescription>& format);
 
 /// `number` with a zero before it where it has one digit.
 [[nodiscard]] std::string qm_twoDigits(std::uint64_t number);

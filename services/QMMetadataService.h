@@ -5,6 +5,7 @@
 #include "model/QMMetadataCategory.h"
 #include "model/QMMetadataEntry.h"
 #include "model/QMMetadataResult.h"
+#include "platform/Export.h"
 #include "platform/ImageSource.h"
 #include "platform/MediaAsset.h"
 #include "platform/PDFDocument.h"
@@ -22,7 +23,7 @@
 /// and the lines. Labels, names and values are UTF-8, in the user's language where the application
 /// has a catalogue. Services live in shared pointers and never change; any thread, several files at
 /// once.
-class QMMetadataService : public std::enable_shared_from_this<QMMetadataService> {
+class QM_EXPORT QMMetadataService : public std::enable_shared_from_this<QMMetadataService> {
 public:
     /// Keys as preferences hold them: nothing is checked, so others than texts may be among them.
     using Keys = platform::PropertyList::Array;

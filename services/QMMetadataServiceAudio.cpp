@@ -26,9 +26,8 @@ Value duration(const MediaAssetProperties& asset) {
 }
 
 Value codec(const MediaAssetProperties& asset) {
-    return asset.audioTracks.empty() || !asset.audioTracks.front().mediaSubType
-               ? std::nullopt
-               : Value(qm_textOfFourCharCode(*asset.audioTracks.front().mediaSubType));
+    return asset.audioTracks.empty() ? std::nullopt
+                                     : qm_codecText(asset.audioTracks.front().formatDescription);
 }
 
 // Of the first track; null when there is none.

@@ -47,9 +47,7 @@ Value frameRate(const MediaAssetProperties& asset) {
 
 template <class Track>
 Value codecOfFirst(const std::vector<Track>& tracks) {
-    return tracks.empty() || !tracks.front().mediaSubType
-               ? std::nullopt
-               : Value(qm_textOfFourCharCode(*tracks.front().mediaSubType));
+    return tracks.empty() ? std::nullopt : qm_codecText(tracks.front().formatDescription);
 }
 
 Value videoCodec(const MediaAssetProperties& asset) {

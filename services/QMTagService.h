@@ -2,6 +2,7 @@
 #pragma once
 
 #include "foundation/QMError.h"
+#include "platform/Export.h"
 #include "platform/PropertyList.h"
 
 #include <functional>
@@ -14,7 +15,7 @@
 inline constexpr std::string_view QMTagsDidChangeNotification = "QMTagsDidChangeNotification";
 
 /// The tags of files. A name equals another when its bytes do. Keeps no state; any thread.
-class QMTagService {
+class QM_EXPORT QMTagService {
 public:
     using Tags = std::vector<std::string>; ///< names, UTF-8 as a rule
 

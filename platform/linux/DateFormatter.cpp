@@ -98,7 +98,8 @@ icu::UnicodeString mediumDateAndShortTimePattern(const icu::Locale& locale) {
 } // namespace
 
 struct DateFormatter::Implementation {
-    Implementation(const icu::UnicodeString& pattern, const icu::Locale& locale);
+    // It takes types of ICU, which nobody is to link against through us.
+    QM_HIDDEN Implementation(const icu::UnicodeString& pattern, const icu::Locale& locale);
 
     mutable std::mutex mutex; // ICU's formatters may not be used by two threads at once
     std::unique_ptr<icu::SimpleDateFormat> format;

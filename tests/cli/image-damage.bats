@@ -20,7 +20,7 @@ load images
     printf 'label: dos\nsize=1024\n,,E\n,1024\n' | sfdisk -q seed-mbr.img
     # With sanitizers each takes several times as long.
     local count=2000
-    [ -z "${SANITIZERS:-}" ] || count=800
+    [ -z "${SANITIZERS:-}" ] || count=400
     PATH="/nowhere:$PATH" timeout 600 python3 "$BATS_TEST_DIRNAME/damage.py" "$HDIUTIL" "$count" seed*
     nothing_left
 }

@@ -18,6 +18,7 @@ using platform::MediaAssetProperties;
 using platform::worker::decodedMediaAsset;
 using platform::worker::encodedMediaAsset;
 using CommonKey = MediaAssetProperties::MetadataItem::CommonKey;
+using Format = MediaAssetProperties::FormatDescription;
 using Items = std::vector<MediaAssetProperties::MetadataItem>;
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
@@ -26,8 +27,9 @@ constexpr double nan = std::numeric_limits<double>::quiet_NaN();
 MediaAssetProperties everything() {
     MediaAssetProperties asset;
     asset.duration = 36000.25;
-    asset.videoTracks = {{853.3, 480, {0, 1, -1, 0}, 29.97003F, 0xFFFFFFFF}, {}};
-    asset.audioTracks = {{0x61616320, {{44100, 6, 24}}}, {std::nullopt, {{8000, 1, 0}}}, {1, {}}};
+    asset.videoTracks = {{853.3, 480, {0, 1, -1, 0}, 29.97003F, Format{0xFFFFFFFF}}, {}};
+    asset.audioTracks = {
+        {Format{0x61616320}, {{44100, 6, 24}}}, {std::nullopt, {{8000, 1, 0}}}, {Format(), {}}};
     asset.commonMetadata = {{CommonKey::artist, "Größe 😀"},
                             {CommonKey::title, ""},
                             {CommonKey::title, ""},
@@ -99,7 +101,7 @@ TEST(AssetAnswer, LeavesOutTextsThatMayNotPass) {
 TEST(AssetAnswer, FitsIntoAMessageWhateverIsInIt) {
     MediaAssetProperties asset;
     asset.videoTracks.resize(100'000);
-    asset.audioTracks.resize(100'000, {1, {{1, 1, 1}}});
+    asset.audioTracks.resize(100'000, {Format{1}, {{1, 1, 1}}});
     asset.commonMetadata.resize(100'000, {CommonKey::title, std::string(100, 'x')});
     const auto bytes = encodedMediaAsset(asset);
     EXPECT_LE(bytes.size(), platform::worker::maximumMessageSize - 16);
@@ -141,11 +143,14 @@ TEST(AssetAnswer, TracksAreRefusedInAnotherForm) {
     EXPECT_FALSE(isVideoRead(list({1.0, 1.0, turn(nan), 25.0, nullptr})));
     EXPECT_FALSE(isVideoRead(list({1.0, 1.0, list({1.0, 1.0, 1.0}), 25.0, nullptr})));
     EXPECT_FALSE(isVideoRead(list({1.0, 1.0, turn(), 29.97, nullptr}))); // of no float
-    EXPECT_FALSE(isVideoRead(list({1.0, 1.0, turn(), 25.0, std::int64_t{-1}})));
-    EXPECT_FALSE(isVideoRead(list({1.0, 1.0, turn(), 25.0, std::int64_t{1} << 32})));
+    EXPECT_FALSE(isVideoRead(list({1.0, 1.0, turn(), 25.0, list({std::int64_t{-1}})})));
+    EXPECT_FALSE(isVideoRead(list({1.0, 1.0, turn(), 25.0, list({std::int64_t{1} << 32})})));
+    EXPECT_FALSE(isVideoRead(list({1.0, 1.0, turn(), 25.0, std::int64_t{1}})));
+    EXPECT_FALSE(isVideoRead(list({1.0, 1.0, turn(), 25.0, list({})})));
+    EXPECT_TRUE(isVideoRead(list({1.0, 1.0, turn(), 25.0, list({nullptr})})));
     const Json stream = list({44100.0, std::int64_t{2}, std::int64_t{16}});
-    EXPECT_TRUE(isAudioRead(list({std::int64_t{1}, stream})));
-    EXPECT_FALSE(isAudioRead(list({std::int64_t{1}, list({44100.0, std::int64_t{2}})})));
+    EXPECT_TRUE(isAudioRead(list({list({std::int64_t{1}}), stream})));
+    EXPECT_FALSE(isAudioRead(list({nullptr, list({44100.0, std::int64_t{2}})})));
     EXPECT_FALSE(isAudioRead(list({1.0, stream})));
     EXPECT_FALSE(isAudioRead(list({stream, stream})));
     EXPECT_FALSE(isAudioRead(list({nullptr, list({nan, std::int64_t{2}, std::int64_t{16}})})));

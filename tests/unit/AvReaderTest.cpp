@@ -6,9 +6,12 @@
 #include "platform/linux/Descriptor.h"
 #include "platform/linux/worker/AssetQuestion.h"
 #include "tests/unit/support/AssetDescription.h"
+#include "tests/unit/support/MediaSamples.h"
 #include "tests/unit/support/MemoryFile.h"
+#include "tests/unit/support/OpenWatch.h"
 #include "tests/unit/support/ShellCommand.h"
 #include "tests/unit/support/TemporaryFolder.h"
+#include "tests/unit/support/WorkingFolder.h"
 
 #include <algorithm>
 #include <array>
@@ -32,105 +35,6 @@ namespace {
 
 using platform::MediaAssetProperties;
 using platform::av::readMediaAsset;
-
-struct Sample {
-    const char* name;
-    const char* description;
-};
-
-constexpr std::array samples{
-    Sample{"16.wav", "2.00 s | lpcm 44100 1 16"},
-    Sample{"24.wav", "2.00 s | lpcm 44100 1 24"},
-    Sample{"32.wav", "2.00 s | lpcm 44100 1 32"},
-    Sample{"8.wav", "2.00 s | lpcm 44100 1 8"},
-    Sample{"aac.m4a",
-           "1.00 s | aac  48000 1 0 | title=A title | artist=An artist | album=An album"},
-    Sample{"alac.alac", "1.00 s | alac 44100 2 0"},
-    Sample{"almost-a-minute.mp4", "59.90 s | 64x48 10.00 avc1"},
-    Sample{"animation.mov", "1.00 s | 64x48 10.00 rle "},
-    Sample{"av1.mp4", "0.20 s | 64x48 10.00 av01"},
-    Sample{"cover.mp4", "1.00 s | 64x48 10.00 avc1 | aac  44100 2 0"},
-    Sample{"deep.flac", "1.00 s | flac 44100 1 0"},
-    Sample{"double.wav", "2.00 s | lpcm 44100 2 64"},
-    Sample{"flac.m4a", "2.00 s | flac 44100 2 0"},
-    Sample{"flac.ogg", "2.00 s | flac 44100 2 0 | title=One | artist=First | title=Two"},
-    Sample{"fragmented.mp4", "1.02 s | 64x48 9.77 avc1 | aac  44100 1 0"},
-    Sample{"gsm.wav", "2.00 s | ms<0>1 8000 1 0"},
-    Sample{"h263.3gp", "1.00 s | 192x144 10.00 s263 | aac  16000 1 0"},
-    Sample{"h264.flv", "1.02 s | 64x48 10.00 avc1 | aac  44100 1 0"},
-    Sample{"h264.mkv", "1.00 s | 64x48 10.00 avc1 | flac 44100 1 0"},
-    Sample{"h264.mp4", "1.00 s | 64x48 10.00 avc1 | aac  44100 2 0"},
-    Sample{"h264.ts", "1.02 s | 64x48 10.00 avc1 | aac  44100 1 0"},
-    Sample{"hev1.mov", "1.00 s | 64x48 10.00 hev1"},
-    Sample{"hevc.mkv", "1.00 s | 64x48 10.00 hvc1"},
-    Sample{"hevc.mp4", "1.00 s | 64x48 10.00 hvc1"},
-    Sample{"hours.mp4", "36000.00 s | 64x48 0.00 avc1"},
-    Sample{"id3.aiff", "1.00 s | lpcm 44100 1 16 | title=A title | title=A title"},
-    Sample{"id3.wav", "2.00 s | lpcm 44100 1 16 | title=One | title=Two"},
-    Sample{"ima-adpcm.wav", "2.00 s | ms<0><11> 44100 2 0"},
-    Sample{"info.wav",
-           "1.00 s | lpcm 44100 1 16 | artist=An artist | title=A title | album=An album"},
-    Sample{"jpeg.avi", "1.00 s | 64x48 10.00 dmb1 | lpcm 44100 1 8"},
-    Sample{"keys.m4a", "1.00 s | aac  44100 2 0 | title=Key title | artist=Key artist"},
-    Sample{"large-cover.mp3", "2.04 s | .mp3 44100 2 0 | title=Behind the cover"},
-    Sample{"late-sound.mp4", "1.50 s | 64x48 10.00 avc1 | aac  44100 1 0"},
-    Sample{"late.mp4", "6.00 s | 64x48 10.00 avc1 | aac  44100 2 0"},
-    Sample{"late.ts", "1.02 s | 64x48 10.00 avc1 | aac  44100 1 0"},
-    Sample{"long.flac", "3725.00 s | flac 8000 1 0"},
-    Sample{"mobile.m4a",
-           "1.00 s | aac  44100 2 0 | title=Grün | artist=Söhne | album=One | album=Zwöi"},
-    Sample{"motion.mov", "1.00 s | 64x48 10.00 jpeg | alac 44100 1 0"},
-    Sample{"mp3.m4a", "2.04 s | .mp3 44100 1 0"},
-    Sample{"mpeg1.mpg", "1.02 s | 64x48 25.00 mp1v | .mp2 44100 1 0"},
-    Sample{"mpeg2.mpeg", "0.91 s | 85x48 25.00 mp2v | ac-3 44100 1 0"},
-    Sample{"mpeg2.ts", "1.02 s | 64x48 25.00 mp2v | .mp2 44100 1 0"},
-    Sample{"mpeg4.avi", "1.10 s | 64x48 10.00 mp4v | .mp3 44100 1 0"},
-    Sample{"ms-adpcm.wav", "2.00 s | ms<0><2> 44100 2 0"},
-    Sample{"named.aif", "2.00 s | lpcm 44100 2 24 | artist=First | title=One | artist=Größe"},
-    Sample{"no-index.mp3", "2.04 s | .mp3 44100 1 0"},
-    Sample{"ntsc.m4v", "2.00 s | 64x48 29.97 avc1"},
-    Sample{"old-tag.mp3",
-           "2.04 s | .mp3 44100 2 0 | title=Old title | artist=Old artist | album=Grün"},
-    Sample{"one-picture.mp4", "0.10 s | 64x48 0.00 avc1"},
-    Sample{"opus.opus", "1.01 s | opus 48000 1 0 | title=A title | artist=An artist"},
-    Sample{"plain.aiff", "2.00 s | lpcm 44100 2 24"},
-    Sample{"plain.m4a", "1.00 s | aac  44100 2 0"},
-    Sample{"portrait.mov", "1.00 s | 64x48 10.00 avc1 turned 0 -1 1 0"},
-    Sample{"prores.mov", "1.00 s | 64x48 10.00 apch | lpcm 44100 1 24"},
-    Sample{"raw.avi", "1.00 s | 64x48 10.00 yuvs | ulaw 44100 1 8"},
-    Sample{"raw.mov", "1.00 s | 64x48 10.00 2vuy | lpcm 44100 1 16"},
-    Sample{"silent.mp4", "1.00 s | 64x48 10.00 avc1"},
-    Sample{"six.wav", "1.00 s | lpcm 96000 6 24"},
-    Sample{"sorenson.flv", "1.02 s | 64x48 10.00 none | .mp3 44100 1 0"},
-    Sample{"stereo.aac", "1.04 s | aac  44100 2 0"},
-    Sample{"stereo.flac", "2.00 s | flac 44100 2 0"},
-    Sample{"tagged.aac", "1.04 s | aac  44100 2 0 | title=Stream"},
-    Sample{"tagged.mp3",
-           "2.04 s | .mp3 44100 2 0 | title=A title | artist=An artist | album=An album"},
-    Sample{"theora.ogg", "1.00 s | 64x48 10.00 none | none 44100 1 0 | title=Sound"},
-    Sample{"titled.mp4", "1.00 s | 64x48 10.00 avc1 | title=A film | title=other"},
-    Sample{"twice.flac", "2.00 s | flac 44100 2 0 | artist=First | title=One | title=One | "
-                         "album=Größe | artist=Second"},
-    Sample{"twice.m4a", "1.00 s | aac  44100 2 0 | artist=First | title=One | title=One | "
-                        "album=Größe | title=(no text)"},
-    Sample{"twice.mp3", "2.04 s | .mp3 44100 2 0 | artist=First | title=One | album=Größe | "
-                        "title=One | artist=Second"},
-    Sample{"two-sounds.mkv", "1.01 s | 64x48 10.00 avc1 | ac-3 44100 1 0 | opus 48000 1 0"},
-    Sample{"u-law.wav", "2.00 s | ulaw 44100 2 8"},
-    Sample{"upside-down.mp4", "1.00 s | 64x48 10.00 avc1 turned -1 0 0 -1"},
-    Sample{"values.mp3", "2.04 s | .mp3 44100 2 0 | title=One/Two | artist=café | album="},
-    Sample{"variable.mp3", "2.04 s | .mp3 44100 2 0"},
-    Sample{"variable.mp4", "1.00 s | 64x48 6.00 avc1"},
-    Sample{"vorbis.ogg", "2.00 s | none 44100 2 0 | title=One | artist=First | title=Two"},
-    Sample{"vp8.webm", "1.00 s | 64x48 10.00 vp08 | none 44100 1 0"},
-    Sample{"vp9.webm", "1.01 s | 64x48 10.00 vp09 | opus 48000 1 0"},
-    Sample{"wide-portrait.mov", "1.00 s | 853x480 2.00 avc1 turned 0 -1 1 0"},
-    Sample{"wide.mp4", "1.00 s | 853x480 2.00 avc1"},
-    Sample{"wma.wma",
-           "1.02 s | none 44100 1 0 | title=A title | artist=An artist | album=An album"},
-    Sample{"wmv2.wmv", "1.05 s | 64x48 10.00 WMV2 | none 44100 1 0"},
-    Sample{"words.mp4", "2.00 s"},
-};
 
 std::string pathOf(const char* name) {
     return std::filesystem::path(QM_TEST_MEDIA_SAMPLES) / name;
@@ -177,12 +81,15 @@ Told toldByFfprobe(const char* name) {
     std::string rate;
     for (std::string line; std::getline(lines, line);) {
         const std::string value = line.substr(line.find('=') + 1);
+        if (line == "duration=N/A") {
+            continue;
+        }
         if (line.starts_with("duration=")) {
             told.duration = std::stod(value);
         } else if (line.starts_with("sample_rate=")) {
             rate = value;
         } else if (line.starts_with("channels=")) {
-            told.sounds.push_back(rate + " " + value);
+            told.sounds.push_back(std::string(rate).append(" ").append(value));
         }
     }
     return told;
@@ -203,6 +110,10 @@ std::map<std::string, Told> toldByMediainfo() {
         if (kind == "F") {
             told = &all[value];
         } else if (told != nullptr) {
+            // Some rates have a fraction of nothing.
+            if (const auto fraction = value.find(".000 "); kind == "A" && fraction != value.npos) {
+                value.erase(fraction, std::string_view(".000").size());
+            }
             (kind == "V" ? told->pictures : told->sounds).push_back(value);
         }
     }
@@ -228,14 +139,14 @@ protected:
 } // namespace
 
 TEST_F(AvReader, TellsOfEachSampleWhatIsInIt) {
-    for (const Sample& sample : samples) {
+    for (const MediaSample& sample : mediaSamples) {
         EXPECT_EQ(AssetDescription::of(readSample(sample.name)), sample.description) << sample.name;
     }
 }
 
 TEST_F(AvReader, HasAnExpectationForEachSample) {
     std::set<std::string> expected;
-    for (const Sample& sample : samples) {
+    for (const MediaSample& sample : mediaSamples) {
         expected.insert(sample.name);
     }
     std::set<std::string> found;
@@ -243,11 +154,11 @@ TEST_F(AvReader, HasAnExpectationForEachSample) {
         found.insert(entry.path().filename());
     }
     EXPECT_EQ(found, expected);
-    EXPECT_EQ(expected.size(), samples.size());
+    EXPECT_EQ(expected.size(), mediaSamples.size());
 }
 
 TEST_F(AvReader, ReadsItemsOnlyWhenAsked) {
-    for (const Sample& sample : samples) {
+    for (const MediaSample& sample : mediaSamples) {
         auto whole = readSample(sample.name);
         ASSERT_TRUE(whole) << sample.name;
         whole->commonMetadata.clear();
@@ -257,7 +168,7 @@ TEST_F(AvReader, ReadsItemsOnlyWhenAsked) {
 
 TEST_F(AvReader, IsAsGoodInTheConfinedProcess) {
     platform::worker::MediaWorker worker(realWorker());
-    for (const Sample& sample : samples) {
+    for (const MediaSample& sample : mediaSamples) {
         EXPECT_EQ(AssetDescription::of(mediaAssetProperties(worker, pathOf(sample.name), true)),
                   sample.description)
             << sample.name;
@@ -268,13 +179,15 @@ TEST_F(AvReader, IsAsGoodInTheConfinedProcess) {
 }
 
 TEST_F(AvReader, AgreesWithFfprobe) {
-    for (const Sample& sample : samples) {
+    for (const MediaSample& sample : mediaSamples) {
         const auto found = readSample(sample.name, false);
         const Told told = toldByFfprobe(sample.name);
-        ASSERT_TRUE(found && found->duration && told.duration) << sample.name;
+        ASSERT_TRUE(found && found->duration.has_value() == told.duration.has_value())
+            << sample.name;
         // To a length that the file says, it adds what comes before the first picture.
         const double tolerance = isOneOf(sample.name, {"wmv2.wmv"}) ? 0.05 : 0.01;
-        EXPECT_NEAR(*found->duration, *told.duration, tolerance) << sample.name;
+        EXPECT_NEAR(found->duration.value_or(0), told.duration.value_or(0), tolerance)
+            << sample.name;
         // The tracks of transport streams are told twice, once with their programme.
         const auto ours = soundsOf(*found);
         const bool isTwice = std::string_view(sample.name).ends_with(".ts");
@@ -285,10 +198,10 @@ TEST_F(AvReader, AgreesWithFfprobe) {
 
 TEST_F(AvReader, AgreesWithMediainfo) {
     auto all = toldByMediainfo();
-    EXPECT_EQ(all.size(), samples.size());
+    EXPECT_EQ(all.size(), mediaSamples.size());
     std::size_t pictures = 0;
     std::size_t sounds = 0;
-    for (const Sample& sample : samples) {
+    for (const MediaSample& sample : mediaSamples) {
         const auto found = readSample(sample.name, false);
         const Told& told = all[sample.name];
         // It believes what the first bytes of a packet say of channels, against the sound itself.
@@ -297,7 +210,10 @@ TEST_F(AvReader, AgreesWithMediainfo) {
         }
         ASSERT_EQ(found->videoTracks.size(), told.pictures.size()) << sample.name;
         for (std::size_t i = 0; i < told.pictures.size(); ++i) {
-            std::istringstream numbers(told.pictures[i]);
+            // It leaves out a size that it does not know.
+            std::istringstream numbers(isOneOf(sample.name, {"undescribed.mp4"})
+                                           ? "0 0" + told.pictures[i]
+                                           : told.pictures[i]);
             double width = 0;
             double height = 0;
             double shape = 0;
@@ -336,6 +252,12 @@ TEST_F(AvReader, ReadsBytesOfNothingAsNothing) {
     }
     EXPECT_EQ(readBytes(""), std::nullopt);
     EXPECT_EQ(readBytes(std::string(100'000, '\0')), std::nullopt);
+    // The mark of a packet in a transport stream is a letter.
+    for (std::size_t place = 0; place < 200; place += 9) {
+        std::string text(250, 'a');
+        text[place] = 'G';
+        EXPECT_EQ(readBytes(text), std::nullopt) << place;
+    }
 }
 
 TEST_F(AvReader, ReadsNothingButRegularFiles) {
@@ -349,7 +271,12 @@ TEST_F(AvReader, ReadsNothingButRegularFiles) {
 
 TEST_F(AvReader, OpensNothingThatAFileNames) {
     const TemporaryFolder folder;
-    const std::string other = pathOf("h264.ts");
+    const TemporaryFolder others;
+    const std::string other = others.file("other.ts", contentsOf("h264.ts"));
+    const OpenWatch watch(others.path());
+    // Some names are only followed when they are harmless, and these start from where one is.
+    const WorkingFolder here(others.path());
+    const std::string harmless = "ffconcat version 1.0\nfile other.ts\n";
     const std::string list = "ffconcat version 1.0\nfile '" + other + "'\n";
     const std::string playlist = "#EXTM3U\n#EXT-X-TARGETDURATION:10\n#EXT-X-VERSION:3\n"
                                  "#EXTINF:1.0,\n" +
@@ -363,16 +290,20 @@ TEST_F(AvReader, OpensNothingThatAFileNames) {
                                  other +
                                  "</BaseURL></Representation>"
                                  "</AdaptationSet></Period></MPD>";
-    for (const std::string& text : {list, playlist, plain, session, manifest}) {
+    for (const std::string& text : {harmless, list, playlist, plain, session, manifest}) {
         EXPECT_EQ(readBytes(text), std::nullopt) << text;
         platform::worker::MediaWorker worker(realWorker());
         EXPECT_EQ(mediaAssetProperties(worker, folder.file("film.mp4", text), false), std::nullopt);
+        EXPECT_FALSE(watch.hasSeenAny()) << text;
     }
+    // It would have been seen.
+    EXPECT_FALSE(std::ifstream(other).fail());
+    EXPECT_TRUE(watch.hasSeenAny());
 }
 
 TEST_F(AvReader, HarmlessAreFilesThatAreCutOff) {
     constexpr std::size_t steps = 40;
-    for (const Sample& sample : samples) {
+    for (const MediaSample& sample : mediaSamples) {
         const std::string whole = contentsOf(sample.name);
         for (std::size_t step = 0; step < steps; ++step) {
             // More of them near the beginning.

@@ -38,7 +38,7 @@ std::string fileOf(std::string_view items, std::string_view places) {
     return box("ftyp", "heic").append(box("meta", meta));
 }
 
-// What is left of a file, all lengths of pictures in which are `large`, when these are hidden.
+// How many lengths are hidden in a file in which those of all pictures are `large`.
 std::size_t hiddenIn(const std::string& file) {
     const MemoryFile memory(file);
     std::string changed = file;

@@ -12,6 +12,7 @@
 namespace {
 
 using Asset = platform::MediaAssetProperties;
+using Format = Asset::FormatDescription;
 using CommonKey = Asset::MetadataItem::CommonKey;
 using Keys = QMMetadataService::Keys;
 using Texts = std::vector<std::string>;
@@ -34,7 +35,7 @@ Texts valuesOf(const Asset& asset, const Keys& keys = allKeys) {
 Asset song() {
     Asset asset;
     asset.duration = 245.7;
-    asset.audioTracks = {{0x6C70636D, {{44100, 2, 16}}}, {1, {{1, 1, 1}}}};
+    asset.audioTracks = {{Format{0x6C70636D}, {{44100, 2, 16}}}, {Format{1}, {{1, 1, 1}}}};
     asset.commonMetadata = {{CommonKey::albumName, "Album"},
                             {CommonKey::title, "One"},
                             {CommonKey::artist, "First"},
@@ -67,6 +68,14 @@ TEST(QMMetadataServiceAudio, LabelsEntriesAndMarksDurationTitlesAndArtists) {
               (Texts{"meta.audio.duration!", "meta.audio.codec", "meta.audio.sampleRate",
                      "meta.audio.channels", "meta.audio.bitDepth", "meta.audio.album",
                      "meta.audio.title!", "meta.audio.artist!", "meta.audio.title!"}));
+}
+
+TEST(QMMetadataServiceAudio, FormatsWithoutACodeAreToldByADash) {
+    Asset asset = song();
+    asset.audioTracks.front().formatDescription = Format();
+    EXPECT_EQ(valuesOf(asset, {"codec"}), Texts{"codec=—"});
+    asset.audioTracks.front().formatDescription.reset();
+    EXPECT_EQ(valuesOf(asset, {"codec"}), Texts());
 }
 
 TEST(QMMetadataServiceAudio, MinutesAreNeverHours) {

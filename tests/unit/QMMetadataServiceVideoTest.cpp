@@ -13,6 +13,7 @@
 namespace {
 
 using Asset = platform::MediaAssetProperties;
+using Format = Asset::FormatDescription;
 using Keys = QMMetadataService::Keys;
 using Texts = std::vector<std::string>;
 
@@ -36,8 +37,9 @@ Texts valuesOf(const Asset& asset, const Keys& keys = allKeys) {
 Asset film() {
     Asset asset;
     asset.duration = 3725.9;
-    asset.videoTracks = {{1920, 1080, {}, 29.97003F, 0x61766331}, {64, 48, {}, 1, 1}};
-    asset.audioTracks = {{0x61616320, {{44100, 2, 0}}}, {0x61632D33, {}}};
+    asset.videoTracks = {{1920, 1080, {}, 29.97003F, Format{0x61766331}},
+                         {64, 48, {}, 1, Format{1}}};
+    asset.audioTracks = {{Format{0x61616320}, {{44100, 2, 0}}}, {Format{0x61632D33}, {}}};
     return asset;
 }
 
@@ -53,9 +55,9 @@ Asset withTurn(double a, double b, double c, double d) {
     return asset;
 }
 
-Asset withCode(std::uint32_t code) {
+Asset withCode(std::optional<std::uint32_t> code) {
     Asset asset;
-    asset.videoTracks = {{0, 0, {}, 0, code}};
+    asset.videoTracks = {{0, 0, {}, 0, Format{code}}};
     return asset;
 }
 
@@ -125,6 +127,19 @@ TEST(QMMetadataServiceVideo, CodesAreTextsAsTheyStand) {
     EXPECT_EQ(valuesOf(withCode(0x414243C3), keys), Texts{"videoCodec=—"});
     EXPECT_EQ(valuesOf(withCode(0xFFFFFFFF), keys), Texts{"videoCodec=—"});
     EXPECT_EQ(valuesOf(withCode(0x41C300A9), keys), Texts{"videoCodec=—"});
+}
+
+TEST(QMMetadataServiceVideo, FormatsWithoutACodeAreToldByADash) {
+    EXPECT_EQ(valuesOf(withCode(std::nullopt), {"videoCodec"}), Texts{"videoCodec=—"});
+    Asset asset;
+    asset.audioTracks = {{Format(), {}}};
+    EXPECT_EQ(valuesOf(asset, {"audioCodec"}), Texts{"audioCodec=—"});
+}
+
+TEST(QMMetadataServiceVideo, TracksWithoutADescriptionHaveNoCodec) {
+    Asset asset = withCode(1);
+    asset.videoTracks.front().formatDescription.reset();
+    EXPECT_EQ(valuesOf(asset, {"videoCodec"}), Texts());
 }
 
 TEST(QMMetadataServiceVideo, TracksOfSoundAreCountedEvenIfThereAreNone) {

@@ -203,6 +203,11 @@ Answer value(const Job& job) {
     return std::nullopt;
 }
 
+// An answer to those alone who want less than all.
+Answer valueOfLess(const Job& job) {
+    return job.request.wantsText ? std::nullopt : value(job);
+}
+
 // One answer too many: it comes before the one to the next request.
 Answer twice(const Job& job) {
     sendAnswer(job.request.number, platform::worker::encodedImageProperties(*imageOfWidth(1)));
@@ -265,6 +270,9 @@ const std::map<std::string_view, std::function<Answer(const Job&)>> words{
     {"half", half},
     {"huge", huge},
     {"value", value},
+    {"value-of-less", valueOfLess},
+    {"crash-over-text",
+     [](const Job& job) { return job.request.wantsText ? crash(job) : value(job); }},
     {"twice", twice},
     {"wrong-number", wrongNumber},
     {"present", present},

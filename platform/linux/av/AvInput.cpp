@@ -15,15 +15,15 @@ namespace {
 
 // The formats that files with the known extensions have. Others - playlists, lists of files,
 // descriptions of streams - would make the library look for other files.
-constexpr const char* formats = "mov,matroska,avi,asf,flv,mpeg,mpegts,mpegvideo,mp3,aac,flac,wav,"
-                                "w64,aiff,ogg,caf,amr,au";
+constexpr const char* formats = "mov,matroska,avi,asf,flv,mpeg,mpegts,mpegvideo,mp3,aac,loas,"
+                                "flac,wav,w64,aiff,ogg,caf,amr,au";
 
 // Only these are used to look into streams, none of which starts threads or loads anything.
 constexpr const char* decoders =
     "aac,aac_latm,ac3,eac3,alac,amrnb,amrwb,dca,flac,mp1float,mp2float,mp3float,opus,vorbis,wmav1,"
     "wmav2,wmapro,wmalossless,adpcm_ms,adpcm_ima_wav,adpcm_ima_qt,adpcm_swf,nellymoser,speex,"
     "flv,h263,h264,hevc,mjpeg,mpeg1video,mpeg2video,mpeg4,msmpeg4v1,msmpeg4v2,msmpeg4,svq1,svq3,"
-    "theora,vc1,vp6,vp6a,vp6f,vp8,vp9,wmv1,wmv2,wmv3,prores,dvvideo,cinepak";
+    "theora,vc1,flashsv,flashsv2,vp6,vp6a,vp6f,vp8,vp9,wmv1,wmv2,wmv3,prores,dvvideo,cinepak";
 
 constexpr int bufferSize = 32 << 10;
 constexpr std::int64_t probedSize = 1 << 20;
@@ -55,6 +55,13 @@ void setLimits(AVFormatContext& context) {
     context.max_analyze_duration = probedTime;
     context.max_streams = maximumStreams;
     context.max_probe_packets = maximumProbedPackets;
+}
+
+// A few bytes, of any kind, are taken for a transport stream where one of them is a 'G'.
+bool isGuess(const AVFormatContext& context) {
+    constexpr int scoreOfFewBytes = 2;
+    return context.probe_score <= scoreOfFewBytes &&
+           std::string_view(context.iformat->name) == "mpegts";
 }
 
 // With a buffer of its own.
@@ -117,7 +124,7 @@ bool AvInput::openContext() {
         return false;
     }
     m_context = context;
-    return true;
+    return !isGuess(*context);
 }
 
 void AvInput::probeStreams() {

@@ -4,6 +4,7 @@
 #include "platform/Text.h"
 #include "platform/linux/ByteOrder.h"
 #include "platform/linux/ByteText.h"
+#include "platform/linux/av/CodecCode.h"
 #include "platform/linux/av/FFmpeg.h"
 #include "platform/linux/av/Mp4Items.h"
 #include "platform/linux/av/TaggedItems.h"
@@ -110,7 +111,7 @@ std::uint64_t endOfLeadingTags(const AvFile& file) {
 
 Items itemsOf(const AvFile& file, const AVFormatContext& context) {
     const std::string_view container = context.iformat->name;
-    if (container.starts_with("mov,")) {
+    if (isOfMp4Family(container)) {
         return itemsOfMp4(file);
     }
     const std::uint64_t start = endOfLeadingTags(file);

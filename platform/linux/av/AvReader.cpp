@@ -6,6 +6,7 @@
 #include "platform/linux/av/AvItems.h"
 #include "platform/linux/av/AvTracks.h"
 #include "platform/linux/av/FFmpeg.h"
+#include "platform/linux/av/MidiFile.h"
 #include "platform/linux/av/Mp4Tables.h"
 
 #include <cstddef>
@@ -58,11 +59,17 @@ std::optional<MediaAssetProperties> readMediaAsset(int descriptor, bool wantsMet
         return std::nullopt;
     }
     try {
+        MediaAssetProperties asset;
+        // Notes, no sound: nothing but their length is known, and FFmpeg does not know them.
+        asset.duration = durationOfMidi(*file);
+        if (asset.duration) {
+            return asset;
+        }
         const auto input = opened(*file);
         if (input == nullptr) {
             return std::nullopt;
         }
-        MediaAssetProperties asset = propertiesOf(*input);
+        asset = propertiesOf(*input);
         if (wantsMetadata) {
             asset.commonMetadata = itemsOf(*file, input->context());
         }

@@ -16,6 +16,7 @@ namespace {
 
 using VideoTrack = MediaAssetProperties::VideoTrack;
 using AudioTrack = MediaAssetProperties::AudioTrack;
+using FormatDescription = MediaAssetProperties::FormatDescription;
 
 std::span<AVStream* const> streamsOf(const AVFormatContext& context) {
     return {context.streams, context.nb_streams};
@@ -87,6 +88,13 @@ float frameRateOf(const AVStream& stream) {
     return stream.nb_frames != 1 && isPositive(rate) ? static_cast<float>(::av_q2d(rate)) : 0;
 }
 
+// Elsewhere a track that nothing is known of has a name for its format at least.
+bool isDescribed(const AVFormatContext& context, const AVStream& stream) {
+    const AVCodecParameters& format = *stream.codecpar;
+    return format.codec_id != AV_CODEC_ID_NONE || format.codec_tag != 0 ||
+           !isOfMp4Family(context.iformat->name);
+}
+
 VideoTrack videoTrackOf(AVFormatContext& context, AVStream& stream) {
     VideoTrack track;
     track.preferredTransform = transformOf(stream);
@@ -94,7 +102,9 @@ VideoTrack videoTrackOf(AVFormatContext& context, AVStream& stream) {
         std::max(stream.codecpar->width, 0) * pixelShape(context, stream, track.preferredTransform);
     track.naturalHeight = std::max(stream.codecpar->height, 0);
     track.nominalFrameRate = frameRateOf(stream);
-    track.mediaSubType = codeOfVideo(stream, context.iformat->name);
+    if (isDescribed(context, stream)) {
+        track.formatDescription = FormatDescription{codeOfVideo(stream, context.iformat->name)};
+    }
     return track;
 }
 
@@ -112,13 +122,20 @@ std::uint32_t bitsPerChannel(const AVStream& stream) {
     return static_cast<std::uint32_t>(std::max(isTold ? used : stored, 0));
 }
 
-AudioTrack audioTrackOf(const AVStream& stream) {
+// Of the decoded sound.
+std::uint32_t channelsOf(const AVStream& stream) {
+    const auto stored = static_cast<std::uint32_t>(stream.codecpar->ch_layout.nb_channels);
+    return stored == 1 && isParametricStereo(stream) ? 2 : stored;
+}
+
+AudioTrack audioTrackOf(const AVFormatContext& context, const AVStream& stream) {
     const AVCodecParameters& format = *stream.codecpar;
     AudioTrack track;
-    track.mediaSubType = codeOfAudio(stream);
+    if (isDescribed(context, stream)) {
+        track.formatDescription = FormatDescription{codeOfAudio(stream)};
+    }
     if (format.sample_rate > 0 && format.ch_layout.nb_channels > 0) {
-        track.streamDescription = {static_cast<double>(format.sample_rate),
-                                   static_cast<std::uint32_t>(format.ch_layout.nb_channels),
+        track.streamDescription = {static_cast<double>(format.sample_rate), channelsOf(stream),
                                    bitsPerChannel(stream)};
     }
     return track;
@@ -157,8 +174,12 @@ std::optional<double> durationOf(const AVFormatContext& context) {
 
 std::optional<double> probedDurationOf(const AVFormatContext& context) {
     const std::string_view container = context.iformat->name;
-    const bool isGuess = context.duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
-    return isGuess && container != "mp3" && container != "aac" ? std::nullopt : durationOf(context);
+    const bool isFromRate = context.duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
+    const bool isGuess = isFromRate && container != "mp3" && container != "aac" &&
+                         !std::ranges::all_of(streamsOf(context), [](const AVStream* stream) {
+                             return isPcm(*stream);
+                         });
+    return isGuess ? std::nullopt : durationOf(context);
 }
 
 void appendTracks(AVFormatContext& context, MediaAssetProperties& asset) {
@@ -166,7 +187,7 @@ void appendTracks(AVFormatContext& context, MediaAssetProperties& asset) {
         if (isVideo(*stream)) {
             asset.videoTracks.push_back(videoTrackOf(context, *stream));
         } else if (isAudio(*stream)) {
-            asset.audioTracks.push_back(audioTrackOf(*stream));
+            asset.audioTracks.push_back(audioTrackOf(context, *stream));
         }
     }
 }

@@ -16,8 +16,8 @@ namespace platform::av {
 /// How long the file plays, by what it or its streams say of themselves, in seconds; nullopt
 /// where that is nothing.
 [[nodiscard]] std::optional<double> durationOf(const AVFormatContext& context);
-/// The same after the streams have been looked into. Lengths that are merely guessed from rates of
-/// bits count for formats alone that have nothing else.
+/// The same after the streams have been looked into. Lengths that follow from the rate of bits
+/// count where that never changes, and for formats that have nothing else.
 [[nodiscard]] std::optional<double> probedDurationOf(const AVFormatContext& context);
 
 /// Appends the tracks of video and of sound.

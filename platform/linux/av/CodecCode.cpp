@@ -86,10 +86,6 @@ Code storedCharacters(const AVCodecParameters& format) {
     return stored;
 }
 
-bool isOfMp4Family(std::string_view container) {
-    return container.starts_with("mov,");
-}
-
 // Digital video with the height of the American pictures, or of the European ones.
 Code codeOfDigitalVideo(const AVCodecParameters& format) {
     constexpr int americanHeight = 480;
@@ -118,16 +114,24 @@ unsigned aacObjectType(std::span<const std::uint8_t> description) {
     return type == escape ? firstEscaped + ((bits >> 5U) & 0x3FU) : type;
 }
 
-FourCharCode codeOfAac(const AVCodecParameters& format) {
+constexpr unsigned parametricStereo = 29;
+
+unsigned aacObjectType(const AVCodecParameters& format) {
     // Profiles as FFmpeg counts them are one less than object types.
-    const unsigned type =
-        format.extradata != nullptr && format.extradata_size > 1
-            ? aacObjectType(
-                  std::span(format.extradata, static_cast<std::size_t>(format.extradata_size)))
-            : static_cast<unsigned>(format.profile) + 1;
-    switch (type) {
+    return format.extradata != nullptr && format.extradata_size > 1
+               ? aacObjectType(
+                     std::span(format.extradata, static_cast<std::size_t>(format.extradata_size)))
+               : static_cast<unsigned>(format.profile) + 1;
+}
+
+bool isAac(const AVCodecParameters& format) {
+    return format.codec_id == AV_CODEC_ID_AAC || format.codec_id == AV_CODEC_ID_AAC_LATM;
+}
+
+FourCharCode codeOfAac(const AVCodecParameters& format) {
+    switch (aacObjectType(format)) {
     case 5: return code("aach");
-    case 29: return code("aacp");
+    case parametricStereo: return code("aacp");
     case 23: return code("aacl");
     case 39: return code("aace");
     case 42: return code("usac");
@@ -158,13 +162,21 @@ Code codeOfVideo(const AVStream& stream, std::string_view container) {
 
 Code codeOfAudio(const AVStream& stream) {
     const AVCodecParameters& format = *stream.codecpar;
-    if (format.codec_id == AV_CODEC_ID_AAC || format.codec_id == AV_CODEC_ID_AAC_LATM) {
+    if (isAac(format)) {
         return codeOfAac(format);
     }
     if (const Code known = find(audioCodes, format.codec_id)) {
         return known;
     }
     return isPcm(stream) ? code("lpcm") : storedCharacters(format);
+}
+
+bool isParametricStereo(const AVStream& stream) {
+    return isAac(*stream.codecpar) && aacObjectType(*stream.codecpar) == parametricStereo;
+}
+
+bool isOfMp4Family(std::string_view container) {
+    return container.starts_with("mov,");
 }
 
 // FFmpeg's numbers of these formats follow each other.

@@ -19,6 +19,12 @@ namespace platform::av {
 codeOfVideo(const AVStream& stream, std::string_view container);
 [[nodiscard]] std::optional<MediaAssetProperties::FourCharCode> codeOfAudio(const AVStream& stream);
 
+/// Whether the sound of a stream is stored as one channel and what tells the other from it.
+[[nodiscard]] bool isParametricStereo(const AVStream& stream);
+
+/// Whether files of FFmpeg's format of this name are ISO base media or QuickTime files.
+[[nodiscard]] bool isOfMp4Family(std::string_view container);
+
 /// Whether the sound of a stream is stored as samples, each for itself.
 [[nodiscard]] bool isPcm(const AVStream& stream);
 

@@ -10,6 +10,7 @@
 
 #include <array>
 #include <exception>
+#include <new>
 
 #include <sys/stat.h>
 
@@ -44,16 +45,26 @@ std::optional<std::string> textIn(const Object& information, const char* key) {
                             : std::nullopt;
 }
 
+// A page that there is no memory for costs no more than what is known of its text.
+std::optional<bool> textOnFirstPage(PDFDoc& document, const PageTree& pages) {
+    try {
+        auto page = pages.firstPage();
+        return page ? hasText(document, *page) : std::nullopt;
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
+}
+
 void addContents(PDFDoc& document, bool wantsText, PDFDocumentProperties& properties) {
     // The trailer's own look-ups fail when the table of objects had to be made anew.
     const Object information = document.getDocInfoNF().fetch(document.getXRef());
     properties.title = textIn(information, "Title");
     properties.author = textIn(information, "Author");
     properties.creator = textIn(information, "Creator");
-    properties.pageCount = numberOfPages(document);
+    const PageTree pages(document);
+    properties.pageCount = pages.numberOfPages();
     if (wantsText && properties.pageCount > 0) {
-        auto page = firstPage(document);
-        properties.hasText = page ? hasText(document, *page) : std::nullopt;
+        properties.hasText = textOnFirstPage(document, pages);
     }
 }
 

@@ -134,23 +134,26 @@ private:
 
 } // namespace
 
-std::uint64_t numberOfPages(PDFDoc& document) {
-    const Object root = rootOf(document);
-    if (isPage(root)) {
+PageTree::PageTree(PDFDoc& document)
+    : m_document(document)
+    , m_root(rootOf(document)) {}
+
+std::uint64_t PageTree::numberOfPages() const {
+    if (isPage(m_root)) {
         return 1;
     }
-    const Object children = childrenOf(root);
+    const Object children = childrenOf(m_root);
     if (!children.isArray() || children.arrayGetLength() == 0) {
         return 0;
     }
-    const auto claim = claimOf(root);
+    const auto claim = claimOf(m_root);
     const bool isTrusted =
-        claim && *claim <= numberOfObjects(document) && isCredible(*claim, children);
-    return isTrusted ? *claim : PageCounter(document).countBelow(root);
+        claim && *claim <= numberOfObjects(m_document) && isCredible(*claim, children);
+    return isTrusted ? *claim : PageCounter(m_document).countBelow(m_root);
 }
 
-std::optional<PageParts> firstPage(PDFDoc& document) {
-    return FirstPage().below(rootOf(document), Object(objNull));
+std::optional<PageParts> PageTree::firstPage() const {
+    return FirstPage().below(m_root, Object(objNull));
 }
 
 } // namespace platform::pdf

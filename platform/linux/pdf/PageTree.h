@@ -14,11 +14,21 @@ struct PageParts {
     Object resources; ///< of the page, or the nearest node above it that has some
 };
 
-/// How many pages a document has. That is what the root of their tree says, unless it cannot be
-/// true: then the pages are counted.
-[[nodiscard]] std::uint64_t numberOfPages(PDFDoc& document);
+/// The pages of a document, which must outlive this. The root of their tree is read once, as it may
+/// list all of them. One thread.
+class PageTree {
+public:
+    explicit PageTree(PDFDoc& document);
 
-/// The parts of the first page; nullopt when there is none.
-[[nodiscard]] std::optional<PageParts> firstPage(PDFDoc& document);
+    /// How many pages there are. That is what the root says, unless it cannot be true: then they
+    /// are counted.
+    [[nodiscard]] std::uint64_t numberOfPages() const;
+    /// The parts of the first page; nullopt when there is none.
+    [[nodiscard]] std::optional<PageParts> firstPage() const;
+
+private:
+    PDFDoc& m_document;
+    Object m_root;
+};
 
 } // namespace platform::pdf

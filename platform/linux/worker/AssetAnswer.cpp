@@ -17,6 +17,7 @@ namespace {
 using VideoTrack = MediaAssetProperties::VideoTrack;
 using Transform = VideoTrack::Transform;
 using AudioTrack = MediaAssetProperties::AudioTrack;
+using FormatDescription = MediaAssetProperties::FormatDescription;
 using StreamDescription = AudioTrack::StreamDescription;
 using Item = MediaAssetProperties::MetadataItem;
 using CommonKey = Item::CommonKey;
@@ -45,19 +46,23 @@ Json::Array list(std::initializer_list<Json> elements) {
     return {elements};
 }
 
-Json numberOrNull(const std::optional<std::uint32_t>& number) {
-    return number ? Json(std::int64_t{*number}) : Json(nullptr);
+Json jsonOf(const std::optional<FormatDescription>& format) {
+    if (!format) {
+        return {nullptr};
+    }
+    const auto& code = format->mediaSubType;
+    return list({code ? Json(std::int64_t{*code}) : Json(nullptr)});
 }
 
 Json jsonOf(const VideoTrack& track) {
     const Transform& turn = track.preferredTransform;
     return list({track.naturalWidth, track.naturalHeight, list({turn.a, turn.b, turn.c, turn.d}),
-                 double{track.nominalFrameRate}, numberOrNull(track.mediaSubType)});
+                 double{track.nominalFrameRate}, jsonOf(track.formatDescription)});
 }
 
 Json jsonOf(const AudioTrack& track) {
     const auto& stream = track.streamDescription;
-    return list({numberOrNull(track.mediaSubType),
+    return list({jsonOf(track.formatDescription),
                  stream ? Json(list({stream->sampleRate, std::int64_t{stream->channels},
                                      std::int64_t{stream->bitsPerChannel}}))
                         : Json(nullptr)});
@@ -144,6 +149,9 @@ public:
             elements.take(turn.d);
         });
     }
+    void take(FormatDescription& format) {
+        takeList(1, [&](Elements& elements) { elements.take(format.mediaSubType); });
+    }
     void take(StreamDescription& stream) {
         takeList(3, [&](Elements& elements) {
             elements.take(stream.sampleRate);
@@ -157,13 +165,13 @@ public:
             elements.take(track.naturalHeight);
             elements.take(track.preferredTransform);
             elements.take(track.nominalFrameRate);
-            elements.take(track.mediaSubType);
+            elements.take(track.formatDescription);
         });
         m_isSound = m_isSound && isAllowed(track);
     }
     void take(AudioTrack& track) {
         takeList(2, [&](Elements& elements) {
-            elements.take(track.mediaSubType);
+            elements.take(track.formatDescription);
             elements.take(track.streamDescription);
         });
         m_isSound = m_isSound && isAllowed(track);

@@ -15,7 +15,8 @@ mediaAssetProperties(MediaWorker& worker, const std::string& path, bool wantsMet
     return answerTo(request, worker, openRegularFile(path), decodedMediaAsset,
                     [wantsMetadata](const MediaAssetProperties& properties) {
                         return wantsMetadata || properties.commonMetadata.empty();
-                    });
+                    })
+        .properties;
 }
 
 } // namespace platform::worker

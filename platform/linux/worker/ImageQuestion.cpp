@@ -15,7 +15,8 @@ std::optional<ImageProperties> imageProperties(MediaWorker& worker, const std::s
     return answerTo(request, worker, openRegularFile(path), decodedImageProperties,
                     [wantsImageCount](const ImageProperties& properties) {
                         return wantsImageCount || !properties.imageCount;
-                    });
+                    })
+        .properties;
 }
 
 } // namespace platform::worker

@@ -154,11 +154,12 @@ private:
     MediaWorker& m_worker;
 };
 
-bool MediaWorker::ask(const MediaRequest& request, int descriptor, const Reader& reader) {
+MediaWorker::Outcome MediaWorker::ask(const MediaRequest& request, int descriptor,
+                                      const Reader& reader) {
     using Kind = WorkerProcess::Reply::Kind;
     Lease lease(*this);
     if (!lease.process) {
-        return false;
+        return Outcome::failed;
     }
     const auto outcome = [&] {
         const auto reply = lease.process->ask(request, descriptor);
@@ -176,7 +177,10 @@ bool MediaWorker::ask(const MediaRequest& request, int descriptor, const Reader&
     if (isSound && lease.process->requests() < m_settings.requestsPerProcess) {
         giveBack(std::move(lease.process));
     }
-    return kind == Kind::value;
+    if (!isSound) {
+        return Outcome::failed;
+    }
+    return kind == Kind::value ? Outcome::value : Outcome::nothing;
 }
 
 // The one that was idle for the shortest time, which is the one that caches know best. Where none

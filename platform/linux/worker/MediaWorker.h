@@ -38,12 +38,16 @@ public:
 
     /// Takes over the value of an answer; false when it is not what was asked for.
     using Reader = std::function<bool(DataView)>;
-    /// Has the file `descriptor`, whose position may move, read as `request` says. False when there
-    /// is no answer: the file is nothing of that kind, takes too long or is the end of the process
-    /// that reads it. When a process that has read other files before ends or answers nonsense, no
-    /// blame is put on this one: it is read once more by a new process, and `reader` may be called
-    /// once more. Blocks, at worst for both limits of time twice over, and for others to finish.
-    [[nodiscard]] bool ask(const MediaRequest& request, int descriptor, const Reader& reader);
+    enum class Outcome {
+        value,
+        nothing, ///< the file can be read as nothing of that kind
+        failed,  ///< it takes too long or is the end of the process that reads it, or there is none
+    };
+    /// Has the file `descriptor`, whose position may move, read as `request` says. When a process
+    /// that has read other files before ends or answers nonsense, no blame is put on this one: it
+    /// is read once more by a new process, and `reader` may be called once more. Blocks, at worst
+    /// for both limits of time twice over, and for others to finish.
+    [[nodiscard]] Outcome ask(const MediaRequest& request, int descriptor, const Reader& reader);
 
 private:
     struct State;

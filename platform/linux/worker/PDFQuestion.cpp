@@ -8,8 +8,7 @@
 namespace platform::worker {
 namespace {
 
-std::optional<PDFDocumentProperties> ask(MediaWorker& worker, const Descriptor& file,
-                                         bool wantsText) {
+FileAnswer<PDFDocumentProperties> ask(MediaWorker& worker, const Descriptor& file, bool wantsText) {
     MediaRequest request;
     request.kind = MediaKind::pdfDocument;
     request.wantsText = wantsText;
@@ -24,9 +23,12 @@ std::optional<PDFDocumentProperties> ask(MediaWorker& worker, const Descriptor& 
 std::optional<PDFDocumentProperties>
 pdfDocumentProperties(MediaWorker& worker, const std::string& path, bool wantsText) {
     const Descriptor file = openRegularFile(path);
-    const auto properties = ask(worker, file, wantsText);
+    auto answer = ask(worker, file, wantsText);
     // The content of a page can do more harm than all else in the file.
-    return properties || !wantsText ? properties : ask(worker, file, false);
+    if (!answer.properties && !answer.isNothing && wantsText) {
+        answer = ask(worker, file, false);
+    }
+    return answer.properties;
 }
 
 } // namespace platform::worker

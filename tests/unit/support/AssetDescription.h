@@ -26,7 +26,7 @@ private:
         for (const Asset::VideoTrack& track : asset.videoTracks) {
             m_text += platform::format(" | {:.0f}x{:.0f} {:.2f} {}", track.naturalWidth,
                                        track.naturalHeight, track.nominalFrameRate,
-                                       textOf(track.mediaSubType));
+                                       textOf(track.formatDescription));
             const auto& turn = track.preferredTransform;
             if (turn != Asset::VideoTrack::Transform()) {
                 m_text += platform::format(" turned {:.0f} {:.0f} {:.0f} {:.0f}", turn.a, turn.b,
@@ -34,7 +34,7 @@ private:
             }
         }
         for (const Asset::AudioTrack& track : asset.audioTracks) {
-            m_text += " | " + textOf(track.mediaSubType);
+            m_text += " | " + textOf(track.formatDescription);
             if (const auto& stream = track.streamDescription) {
                 m_text += platform::format(" {:.0f} {} {}", stream->sampleRate, stream->channels,
                                            stream->bitsPerChannel);
@@ -47,7 +47,11 @@ private:
         }
     }
 
-    static std::string textOf(const std::optional<Asset::FourCharCode>& code) {
+    static std::string textOf(const std::optional<Asset::FormatDescription>& format) {
+        if (!format) {
+            return "undescribed";
+        }
+        const auto& code = format->mediaSubType;
         if (!code) {
             return "none";
         }
