@@ -12,13 +12,14 @@
 #   make pictures                draw the pictures in docs/ again, with what qm prints now
 #   make format                  let clang-format rewrite the sources
 #   make fuzz                    fuzz every target for a minute
+#   make coverage                which lines and branches the tests reach; HTML in build/coverage
 #   make tidy                    clang-tidy with all of its checks
 
 ARGS ?= info README.md
 PREFIX ?= /usr/local
 BUILD := build/release
 
-.PHONY: all build run test bench soak fuzz tidy install deb docs pictures format clean
+.PHONY: all build run test bench soak fuzz coverage tidy install deb docs pictures format clean
 
 all: build
 
@@ -53,6 +54,14 @@ fuzz:
 	cmake --preset fuzz
 	cmake --build --preset fuzz
 	fuzz/run build/fuzz 60
+
+coverage:
+	@packaging/install-packages build test coverage
+	cmake --preset coverage
+	cmake --build --preset coverage
+	find build/coverage -name '*.gcda' -delete
+	ctest --preset coverage
+	tests/coverage build/coverage
 
 tidy:
 	@packaging/install-packages build test check

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <exception>
+#include <new>
 #include <system_error>
 
 namespace {
@@ -32,6 +33,8 @@ int main(int argc, char* argv[]) {
     platform::StandardStreams::reserveClosedStreams();
     try {
         return statusAfterFlush(QMCLIDispatcher().runWithArgc(argc, argv));
+    } catch (const std::bad_alloc&) {
+        return report("out of memory");
     } catch (const std::exception& error) {
         return report(error.what());
     }

@@ -3,7 +3,7 @@
 // Tells what is in files as an application would, in one JSON array in the order of the arguments,
 // with null for a file that nothing can be told of. --keys enables these keys alone, --jobs lets N
 // files be read at a time. Status 10 for arguments that are not understood, 1 when nothing can be
-// written.
+// written or memory runs out.
 #include "foundation/QMPreferencesKeys.h"
 #include "platform/DispatchQueue.h"
 #include "platform/Format.h"
@@ -14,6 +14,7 @@
 #include <charconv>
 #include <cstdio>
 #include <map>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -139,11 +140,15 @@ public:
     explicit Extractions(Options wanted)
         : options(std::move(wanted)) {}
 
-    /// Prints the results as an array in the order of the files.
+    /// Prints the results as an array in the order of the files. Throws std::bad_alloc when one of
+    /// them did not fit into memory.
     void run() {
         // On the main queue, so that it is there before files can take up all descriptors.
         platform::DispatchQueue::asyncMain([this] { startSome(); });
         platform::DispatchQueue::runMainQueueUntil([this] { return done == options.files.size(); });
+        if (lacksMemory) {
+            throw std::bad_alloc();
+        }
         PrintedArray::end();
     }
 
@@ -154,21 +159,36 @@ private:
         }
     }
 
+    // Work of the main queue must not throw.
     void start(std::size_t number) {
-        const std::string& path = options.files[number];
-        const auto item = QMFileItem::initWithURL(platform::FileURL::fromPath(path));
         isStarting = true;
-        QMMetadataService::sharedService()->extractMetadataForFileItem(
-            item, [this, number](const std::shared_ptr<QMMetadataResult>& result) {
-                ++done;
-                // An answer that comes at once is followed by the next file anyway.
-                if (!isStarting) {
-                    startSome();
-                }
-                // While the next file is read.
-                results.set(number, asElement(asJson(options.files[number], result.get())));
-            });
+        const std::size_t doneBefore = done;
+        try {
+            const auto url = platform::FileURL::fromPath(options.files[number]);
+            QMMetadataService::sharedService()->extractMetadataForFileItem(
+                QMFileItem::initWithURL(url),
+                [this, number](const std::shared_ptr<QMMetadataResult>& result) {
+                    finish(number, result.get());
+                });
+        } catch (const std::bad_alloc&) {
+            lacksMemory = true;
+            done = doneBefore + 1;
+        }
         isStarting = false;
+    }
+
+    void finish(std::size_t number, const QMMetadataResult* result) {
+        ++done;
+        // An answer that comes at once is followed by the next file anyway.
+        if (!isStarting) {
+            startSome();
+        }
+        // While the next file is read.
+        try {
+            results.set(number, asElement(asJson(options.files[number], result)));
+        } catch (const std::bad_alloc&) {
+            lacksMemory = true;
+        }
     }
 
     Options options;
@@ -176,12 +196,11 @@ private:
     std::size_t next = 0;
     std::size_t done = 0;
     bool isStarting = false;
+    bool lacksMemory = false;
 };
 
-} // namespace
-
-int main(int argc, char* argv[]) {
-    auto options = optionsIn({argv + 1, argv + argc});
+int run(const std::vector<std::string_view>& arguments) {
+    auto options = optionsIn(arguments);
     if (!options) {
         std::fputs("Usage: show_metadata [--keys KEY,...] [--jobs N] FILE...\n", stderr);
         return 10;
@@ -196,4 +215,15 @@ int main(int argc, char* argv[]) {
         return 1;
     }
     return 0;
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    try {
+        return run({argv + 1, argv + argc});
+    } catch (const std::bad_alloc&) {
+        std::fputs("show_metadata: out of memory\n", stderr);
+        return 1;
+    }
 }

@@ -3,6 +3,7 @@
 
 #include "platform/SystemError.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -16,17 +17,20 @@ namespace platform::FileTags {
 /// the item carries none or they cannot be read.
 [[nodiscard]] std::optional<std::vector<std::string>> read(const std::string& path);
 
-/// What to do with a list on the file that is damaged.
-enum class Damaged {
-    replace, ///< the new list stands for whatever was there
-    keep,    ///< fail: the new list was made from an old one that nobody could read
-};
-
 /// Stores `names` as the tags of the item at `path`, in place of those that it has; none at all
-/// removes every trace. Colours that known names have are kept. Answers why when it failed; then
-/// the item has the tags that it had before. A process that dies in the middle leaves no name on
-/// the item that neither list holds.
-[[nodiscard]] std::optional<SystemError>
-write(const std::string& path, const std::vector<std::string>& names, Damaged damaged);
+/// removes every trace. Colours that known names have are kept, and a damaged list is replaced.
+/// Answers why when it failed, be it that the old tags cannot be read; then the item has the tags
+/// that it had before. A process that dies in the middle leaves no name on the item that neither
+/// list holds.
+[[nodiscard]] std::optional<SystemError> write(const std::string& path,
+                                               const std::vector<std::string>& names);
+
+/// Changes the names that it is given, and answers whether there is anything to store.
+using Edit = std::function<bool(std::vector<std::string>& names)>;
+
+/// Stores what `edit` makes of the names on the item at `path`, like write. What the caller may not
+/// read, or is not there, counts as no names. Fails where something is to be stored over a list
+/// that could not be read or is damaged, and where the system fails to read.
+[[nodiscard]] std::optional<SystemError> change(const std::string& path, const Edit& edit);
 
 } // namespace platform::FileTags

@@ -21,6 +21,13 @@ public:
 
     /// The value null.
     Json() = default;
+    /// A copy; std::bad_alloc when there is no memory for it.
+    Json(const Json& other);
+    /// The same; on failure nothing has changed.
+    Json& operator=(const Json& other);
+    Json(Json&&) noexcept = default;            ///< leaves some value behind
+    Json& operator=(Json&&) noexcept = default; ///< leaves some value behind
+    ~Json() = default;
     // NOLINTBEGIN(google-explicit-constructor): a value of each kind is a JSON value
     /// A value of that kind, which is copied or moved in. Characters end at their NUL; null is not
     /// allowed.

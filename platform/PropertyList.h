@@ -41,6 +41,14 @@ public:
     /// The two forms of a file, "bplist00" and the one of PropertyList-1.0.dtd.
     enum class Format { binary, xml };
 
+    /// A copy; std::bad_alloc when there is no memory for it.
+    PropertyList(const PropertyList& other);
+    /// The same; on failure nothing has changed.
+    PropertyList& operator=(const PropertyList& other);
+    PropertyList(PropertyList&&) noexcept = default;            ///< leaves some value behind
+    PropertyList& operator=(PropertyList&&) noexcept = default; ///< leaves some value behind
+    ~PropertyList() = default;
+
     // NOLINTBEGIN(google-explicit-constructor): a value of each kind is a property list
     /// A value of that kind, which is copied or moved in. Characters end at their NUL; null is not
     /// allowed.

@@ -3,6 +3,7 @@
 #include "platform/DispatchQueue.h"
 #include "services/QMChecksumService.h"
 
+#include <memory>
 #include <utility>
 
 namespace DispatchQueue = platform::DispatchQueue;
@@ -10,14 +11,13 @@ namespace DispatchQueue = platform::DispatchQueue;
 void QMChecksumService::checksumForFileAtPath(const std::string& path,
                                               QMChecksumAlgorithm algorithm,
                                               Completion completion) {
-    DispatchQueue::async(DispatchQueue::QualityOfService::userInitiated,
-                         [path, algorithm, completion = std::move(completion)]() mutable {
-                             auto result = checksumForFileAtPath(path, algorithm);
-                             DispatchQueue::asyncMain(
-                                 [result = std::move(result), completion = std::move(completion)] {
-                                     if (completion) {
-                                         completion(result);
-                                     }
-                                 });
-                         });
+    const auto result = std::make_shared<std::optional<std::string>>();
+    DispatchQueue::asyncWithReply(
+        DispatchQueue::QualityOfService::userInitiated,
+        [path, algorithm, result] { *result = checksumForFileAtPath(path, algorithm); },
+        [result, completion = std::move(completion)] {
+            if (completion) {
+                completion(std::move(*result));
+            }
+        });
 }

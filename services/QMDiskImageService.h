@@ -110,6 +110,8 @@ private:
     [[nodiscard]] std::string toolPath() const;
     [[nodiscard]] Mounting attach(const std::string& path) const;
     [[nodiscard]] std::optional<QMError> detach(const std::string& path) const;
+    void recordMounting(const std::string& path, const Mounting& outcome);
+    void forgetMounting(const std::string& path);
     void finishMounting(const std::string& path, const Mounting& outcome,
                         const MountCompletion& completion);
     void finishUnmounting(const std::string& path, const std::optional<QMError>& error,

@@ -34,6 +34,11 @@ QMError errorOfLaunch(const Task::LaunchError& error) {
         QMDiskImageErrorLaunch, format("Failed to launch hdiutil: {}", error.localizedDescription));
 }
 
+// Prepared for the case that there is none left to make another error of.
+QMError errorWithoutMemory() {
+    return errorOfLaunch({"Cannot allocate memory"});
+}
+
 QMError localizedError(QMDiskImageErrorCode code, const char* key) {
     return QMDiskImageService::errorWithCode(code, stringForKey(key));
 }
@@ -96,13 +101,24 @@ void QMDiskImageService::mountDiskImage(const std::string& path, MountCompletion
         refusal = localizedError(QMDiskImageErrorNotMountable, "diskImage.error.notMountable");
     }
     if (refusal) {
-        finishMounting(path, *std::move(refusal), completion);
+        if (completion) {
+            DispatchQueue::asyncMain(
+                [error = *std::move(refusal), completion = std::move(completion)] {
+                    completion(std::nullopt, error);
+                });
+        }
         return;
     }
-    DispatchQueue::async(QualityOfService::userInitiated,
-                         [self = shared_from_this(), path, completion = std::move(completion)] {
-                             self->finishMounting(path, self->attach(path), completion);
-                         });
+    const auto outcome = std::make_shared<Mounting>(errorWithoutMemory());
+    DispatchQueue::asyncWithReply(
+        QualityOfService::userInitiated,
+        [self = shared_from_this(), path, outcome] {
+            *outcome = self->attach(path);
+            self->recordMounting(path, *outcome);
+        },
+        [self = shared_from_this(), path, outcome, completion = std::move(completion)] {
+            self->finishMounting(path, *outcome, completion);
+        });
 }
 
 QMDiskImageService::Mounting QMDiskImageService::attach(const std::string& path) const {
@@ -135,30 +151,32 @@ QMDiskImageService::Mounting QMDiskImageService::attach(const std::string& path)
                          "Could not determine mount point from hdiutil output.");
 }
 
-// Records a mount on this thread; all else happens on the main queue.
+void QMDiskImageService::recordMounting(const std::string& path, const Mounting& outcome) {
+    if (const auto* mountPoint = std::get_if<FileURL>(&outcome)) {
+        MountedImages images = mountedImages();
+        images.insert_or_assign(mountPoint->path(), path);
+        setMountedImages(std::move(images));
+    }
+}
+
+// On the main queue.
 void QMDiskImageService::finishMounting(const std::string& path, const Mounting& outcome,
                                         const MountCompletion& completion) {
     const auto* mountPoint = std::get_if<FileURL>(&outcome);
-    if (mountPoint == nullptr) {
-        if (completion) {
-            DispatchQueue::asyncMain([error = std::get<QMError>(outcome), completion] {
-                completion(std::nullopt, error);
-            });
-        }
-        return;
-    }
-    MountedImages images = mountedImages();
-    images.insert_or_assign(mountPoint->path(), path);
-    setMountedImages(std::move(images));
-    DispatchQueue::asyncMain([self = shared_from_this(), path, url = *mountPoint, completion] {
+    if (mountPoint != nullptr) {
         platform::NotificationCenter::defaultCenter().post(
             {std::string(QMDiskImageDidMountNotification),
-             self.get(),
-             {{"mountPoint", url}, {"sourcePath", path}}});
-        if (completion) {
-            completion(url, std::nullopt);
-        }
-    });
+             this,
+             {{"mountPoint", *mountPoint}, {"sourcePath", path}}});
+    }
+    if (!completion) {
+        return;
+    }
+    if (mountPoint != nullptr) {
+        completion(*mountPoint, std::nullopt);
+    } else {
+        completion(std::nullopt, std::get<QMError>(outcome));
+    }
 }
 
 void QMDiskImageService::unmountVolume(const std::optional<FileURL>& volume,
@@ -169,11 +187,17 @@ void QMDiskImageService::unmountVolume(const std::optional<FileURL>& volume,
         }
         return;
     }
-    DispatchQueue::async(
+    const auto error = std::make_shared<std::optional<QMError>>(errorWithoutMemory());
+    DispatchQueue::asyncWithReply(
         QualityOfService::userInitiated,
-        [self = shared_from_this(), path = volume->path(), completion = std::move(completion)] {
-            self->finishUnmounting(path, self->detach(path), completion);
-        });
+        [self = shared_from_this(), path = volume->path(), error] {
+            *error = self->detach(path);
+            if (!*error) {
+                self->forgetMounting(path);
+            }
+        },
+        [self = shared_from_this(), path = volume->path(), error,
+         completion = std::move(completion)] { self->finishUnmounting(path, *error, completion); });
 }
 
 std::optional<QMError> QMDiskImageService::detach(const std::string& path) const {
@@ -193,24 +217,21 @@ std::optional<QMError> QMDiskImageService::detach(const std::string& path) const
                          format("Failed to unmount: {}", textOfErrorOutput(errorBytes)));
 }
 
-// Forgets the mount on this thread; all else happens on the main queue.
-void QMDiskImageService::finishUnmounting(const std::string& path,
-                                          const std::optional<QMError>& error,
-                                          const UnmountCompletion& completion) {
-    if (error) {
-        if (completion) {
-            DispatchQueue::asyncMain([error, completion] { completion(error); });
-        }
-        return;
-    }
+void QMDiskImageService::forgetMounting(const std::string& path) {
     MountedImages images = mountedImages();
     images.erase(path);
     setMountedImages(std::move(images));
-    DispatchQueue::asyncMain([self = shared_from_this(), path, completion] {
+}
+
+// On the main queue.
+void QMDiskImageService::finishUnmounting(const std::string& path,
+                                          const std::optional<QMError>& error,
+                                          const UnmountCompletion& completion) {
+    if (!error) {
         platform::NotificationCenter::defaultCenter().post(
-            {std::string(QMDiskImageDidUnmountNotification), self.get(), {{"mountPath", path}}});
-        if (completion) {
-            completion(std::nullopt);
-        }
-    });
+            {std::string(QMDiskImageDidUnmountNotification), this, {{"mountPath", path}}});
+    }
+    if (completion) {
+        completion(error);
+    }
 }

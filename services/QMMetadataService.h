@@ -68,8 +68,9 @@ public:
     /// the item - none, a folder, an extension of no category, or the preference
     /// "QMMetadataEnabled" is not set -; otherwise with a result, later, on the main queue, which
     /// somebody must service. The entries are those of the keys that the user has enabled;
-    /// categories that nothing is read of have none, and so have files that cannot be read. Nothing
-    /// limits the time it takes.
+    /// categories that nothing is read of have none, and so have files that cannot be read, or not
+    /// with the memory that there is. Nothing limits the time it takes. Throws std::bad_alloc when
+    /// there is no memory to begin; then `completion` is not called.
     void extractMetadataForFileItem(const std::shared_ptr<const QMFileItem>& fileItem,
                                     Completion completion) const;
 
@@ -143,8 +144,8 @@ private:
     [[nodiscard]] std::optional<platform::MediaAssetProperties>
     assetPropertiesOfFile(const std::string& path, bool wantsMetadata) const;
 
-    [[nodiscard]] std::shared_ptr<QMMetadataResult>
-    resultForPath(const std::string& path, QMMetadataCategory category) const;
+    [[nodiscard]] std::shared_ptr<QMMetadataEntries>
+    entriesForPath(const std::string& path, QMMetadataCategory category) const;
 
     const Settings m_settings;
 };

@@ -57,28 +57,25 @@ void QMMetadataService::extractMetadataForFileItem(
         completion(nullptr);
         return;
     }
-    DispatchQueue::async(DispatchQueue::QualityOfService::userInitiated,
-                         [self = shared_from_this(), job = *std::move(job),
-                          completion = std::move(completion)]() mutable {
-                             auto result = self->resultForPath(job.path, job.category);
-                             DispatchQueue::asyncMain(
-                                 [result = std::move(result), completion = std::move(completion)] {
-                                     completion(result);
-                                 });
-                         });
+    auto result = std::make_shared<QMMetadataResult>();
+    result->category = job->category;
+    result->categoryName = nameForCategory(job->category);
+    result->entries = std::make_shared<QMMetadataEntries>();
+    DispatchQueue::asyncWithReply(
+        DispatchQueue::QualityOfService::userInitiated,
+        [self = shared_from_this(), job = *std::move(job), result] {
+            result->entries = self->entriesForPath(job.path, job.category);
+        },
+        [result, completion = std::move(completion)] { completion(result); });
 }
 
-std::shared_ptr<QMMetadataResult>
-QMMetadataService::resultForPath(const std::string& path, QMMetadataCategory category) const {
-    auto result = std::make_shared<QMMetadataResult>();
-    result->category = category;
-    result->categoryName = nameForCategory(category);
+std::shared_ptr<QMMetadataEntries>
+QMMetadataService::entriesForPath(const std::string& path, QMMetadataCategory category) const {
     auto entries = std::make_shared<QMMetadataEntries>();
     const auto enabledKeys = enabledKeysForCategory(category);
     const auto* const extractor = std::ranges::find(extractors, category, &Extractor::category);
     if (extractor != extractors.end()) {
         (this->*extractor->extract)(path, *enabledKeys, *entries);
     }
-    result->entries = std::move(entries);
-    return result;
+    return entries;
 }

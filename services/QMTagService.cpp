@@ -29,10 +29,11 @@ std::int64_t codeFor(platform::Refusal refusal) {
     return 512;
 }
 
-bool writeTags(const QMTagService::Tags& tags, const std::string& path, FileTags::Damaged damaged,
-               QMError* error) {
+// Answers whether `store` stored tags for the item at `path`.
+template <class Store>
+bool isStored(const std::string& path, QMError* error, const Store& store) {
     const FileURL url = FileURL::fromPath(path);
-    const auto failure = FileTags::write(url.path(), tags, damaged);
+    const std::optional<platform::SystemError> failure = store(url.path());
     if (failure && error != nullptr) {
         *error = {QMCocoaErrorDomain, codeFor(failure->refusal),
                   platform::format("The tags of “{}” couldn’t be saved: {}",
@@ -76,24 +77,26 @@ QMTagService::Tags QMTagService::tagsForPath(const std::string& path) {
 }
 
 bool QMTagService::setTags(const Tags& tags, const std::string& path, QMError* error) {
-    return writeTags(tags, path, FileTags::Damaged::replace, error);
+    return isStored(path, error,
+                    [&tags](const std::string& item) { return FileTags::write(item, tags); });
 }
 
 bool QMTagService::addTag(const std::string& tag, const std::string& path, QMError* error) {
-    Tags tags = tagsForPath(path);
-    if (std::ranges::find(tags, tag) != tags.end()) {
-        return true;
-    }
-    tags.push_back(tag);
-    return writeTags(tags, path, FileTags::Damaged::keep, error);
+    return isStored(path, error, [&tag](const std::string& item) {
+        return FileTags::change(item, [&tag](Tags& tags) {
+            const bool isNew = std::ranges::find(tags, tag) == tags.end();
+            if (isNew) {
+                tags.push_back(tag);
+            }
+            return isNew;
+        });
+    });
 }
 
 bool QMTagService::removeTag(const std::string& tag, const std::string& path, QMError* error) {
-    Tags tags = tagsForPath(path);
-    if (std::erase(tags, tag) == 0) {
-        return true;
-    }
-    return writeTags(tags, path, FileTags::Damaged::keep, error);
+    return isStored(path, error, [&tag](const std::string& item) {
+        return FileTags::change(item, [&tag](Tags& tags) { return std::erase(tags, tag) != 0; });
+    });
 }
 
 PropertyList::Array QMTagService::allAvailableTags() {

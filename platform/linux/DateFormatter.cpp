@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <ctime>
 #include <mutex>
+#include <new>
 #include <utility>
 
 namespace platform {
@@ -108,6 +109,9 @@ DateFormatter::Implementation::Implementation(const icu::UnicodeString& pattern,
                                               const icu::Locale& locale) {
     UErrorCode status = U_ZERO_ERROR;
     format = std::make_unique<icu::SimpleDateFormat>(pattern, locale, status);
+    if (status == U_MEMORY_ALLOCATION_ERROR) {
+        throw std::bad_alloc();
+    }
     if (U_FAILURE(status) != 0) {
         format.reset();
         return;

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cerrno>
+#include <utility>
 
 #include <sys/xattr.h>
 
@@ -20,11 +21,14 @@ NameList::NameList(const std::string& path) {
     ssize_t size = ::llistxattr(path.c_str(), buffer.data(), buffer.size());
     if (size >= 0) {
         m_names.assign(buffer.data(), static_cast<std::size_t>(size));
-    } else if (errno == ERANGE) {
+        return;
+    }
+    if (errno == ERANGE) {
         m_names.resize(maximumSize);
         size = ::llistxattr(path.c_str(), m_names.data(), m_names.size());
-        m_names.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
     }
+    m_error = size >= 0 || errno == ENOTSUP ? 0 : errno;
+    m_names.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
 }
 
 bool NameList::contains(std::string_view name) const {
@@ -39,18 +43,20 @@ bool NameList::contains(std::string_view name) const {
     return false;
 }
 
-std::optional<std::string> value(const std::string& path, const char* name) {
-    std::string value(256, '\0');
-    ssize_t size = ::lgetxattr(path.c_str(), name, value.data(), value.size());
+int load(const std::string& path, const char* name, std::optional<std::string>& value) {
+    value.reset();
+    std::string bytes(256, '\0');
+    ssize_t size = ::lgetxattr(path.c_str(), name, bytes.data(), bytes.size());
     if (size < 0 && errno == ERANGE) {
-        value.resize(maximumSize);
-        size = ::lgetxattr(path.c_str(), name, value.data(), value.size());
+        bytes.resize(maximumSize);
+        size = ::lgetxattr(path.c_str(), name, bytes.data(), bytes.size());
     }
     if (size < 0) {
-        return std::nullopt;
+        return errno == ENODATA ? 0 : errno;
     }
-    value.resize(static_cast<std::size_t>(size));
-    return value;
+    bytes.resize(static_cast<std::size_t>(size));
+    value = std::move(bytes);
+    return 0;
 }
 
 int store(const std::string& path, const char* name, const std::optional<std::string>& value) {

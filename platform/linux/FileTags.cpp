@@ -14,20 +14,22 @@ namespace {
 
 using ExtendedAttributes::NameList;
 
-TagRecord recordOf(const std::string& path) {
-    TagRecord record;
+// Reads what the item carries. Answers the error number, 0 for success.
+int load(const std::string& path, TagRecord& record) {
     const NameList names(path);
-    const auto valueIfListed = [&path, &names](const char* attribute) {
-        return names.contains(attribute) ? ExtendedAttributes::value(path, attribute)
-                                         : std::nullopt;
+    int error = names.error();
+    const auto loadIfListed = [&](const char* attribute) {
+        if (error == 0 && names.contains(attribute)) {
+            error = ExtendedAttributes::load(path, attribute, valueOf(record, attribute));
+        }
     };
     if (names.empty()) {
-        return record;
+        return error;
     }
-    record.desktop = valueIfListed(TagAttributes::desktop);
-    std::ranges::transform(TagAttributes::finder, record.finder.begin(), valueIfListed);
-    record.base = valueIfListed(TagAttributes::base);
-    return record;
+    loadIfListed(TagAttributes::desktop);
+    std::ranges::for_each(TagAttributes::finder, loadIfListed);
+    loadIfListed(TagAttributes::base);
+    return error;
 }
 
 Refusal refusalFor(int error) {
@@ -57,20 +59,11 @@ void undo(const std::string& path, TagRecord& old, const std::vector<TagChange>&
     }
 }
 
-} // namespace
-
-std::optional<std::vector<std::string>> read(const std::string& path) {
-    return recordOf(path).names();
-}
-
-std::optional<SystemError> write(const std::string& path, const std::vector<std::string>& names,
-                                 Damaged damaged) {
+// Gives the item these names in place of what `record` says that it carries.
+std::optional<SystemError> replace(const std::string& path, TagRecord& record,
+                                   const std::vector<std::string>& names) {
     if (!std::ranges::all_of(names, TagNames::isEntry)) {
         return SystemError{Refusal::other, "the name of a tag cannot hold a line break"};
-    }
-    TagRecord record = recordOf(path);
-    if (damaged == Damaged::keep && record.isDamaged()) {
-        return SystemError{Refusal::other, "the Finder's tags on it are damaged"};
     }
     const auto changes = changesFor(record, names);
     if (!changes) {
@@ -85,6 +78,39 @@ std::optional<SystemError> write(const std::string& path, const std::vector<std:
         }
     }
     return std::nullopt;
+}
+
+} // namespace
+
+std::optional<std::vector<std::string>> read(const std::string& path) {
+    TagRecord record;
+    return load(path, record) == 0 ? record.names() : std::nullopt;
+}
+
+std::optional<SystemError> write(const std::string& path, const std::vector<std::string>& names) {
+    TagRecord record;
+    const int error = load(path, record);
+    return error == 0 ? replace(path, record, names) : systemError(error);
+}
+
+std::optional<SystemError> change(const std::string& path, const Edit& edit) {
+    TagRecord record;
+    const int error = load(path, record);
+    // What nobody may see counts as no tags, but nothing is ever written over it.
+    if (error != 0 && refusalFor(error) == Refusal::other) {
+        return systemError(error);
+    }
+    std::vector<std::string> names;
+    if (error == 0) {
+        names = record.names().value_or(std::move(names));
+    }
+    if (!edit(names)) {
+        return std::nullopt;
+    }
+    if (error == 0 && record.isDamaged()) {
+        return SystemError{Refusal::other, "the Finder's tags on it are damaged"};
+    }
+    return error == 0 ? replace(path, record, names) : systemError(error);
 }
 
 } // namespace platform::FileTags

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/Json.h"
 
+#include "platform/VariantCopy.h"
+
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
+#include <utility>
 
 #include <nlohmann/json.hpp>
 
@@ -13,47 +17,101 @@ using Library = nlohmann::ordered_json;
 
 constexpr int maximumDepth = 512;
 
-Library converted(const Json& json, int depth);
+// What holds others is laid out here: the library's containers ask for memory when they are
+// destroyed, and end the program where there is none.
+class Writer {
+public:
+    std::string take() { return std::move(m_text); }
 
-Library convertedValue(const Json::Array& array, int depth) {
-    Library result = Library::array();
-    for (const Json& element : array) {
-        result.push_back(converted(element, depth + 1));
+    void write(const Json& json) {
+        if (m_depth > maximumDepth) {
+            throw std::invalid_argument("Too many levels in JSON write");
+        }
+        std::visit([this](const auto& value) { writeValue(value); }, json.value());
     }
-    return result;
-}
 
-Library convertedValue(const Json::Object& object, int depth) {
-    Library result = Library::object();
-    for (const auto& [key, value] : object) {
-        result[key] = converted(value, depth + 1);
+private:
+    void writeValue(const Json::Array& array) {
+        begin('[');
+        for (const Json& element : array) {
+            beginElement();
+            write(element);
+        }
+        end(']', array.empty());
     }
-    return result;
-}
 
-Library convertedValue(double number, int /*depth*/) {
-    if (!std::isfinite(number)) {
-        throw std::invalid_argument(std::isnan(number) ? "Invalid number value (NaN) in JSON write"
-                                                       : "Invalid number value (infinite) in JSON "
-                                                         "write");
+    // Of members with the same key, the last one counts, in the place of the first.
+    void writeValue(const Json::Object& object) {
+        begin('{');
+        for (auto member = object.begin(); member != object.end(); ++member) {
+            const auto isSame = [&key = member->first](const auto& other) {
+                return other.first == key;
+            };
+            if (std::none_of(object.begin(), member, isSame)) {
+                beginElement();
+                writeValue(member->first);
+                m_text.append(": ");
+                write(std::find_if(object.rbegin(), object.rend(), isSame)->second);
+            }
+        }
+        end('}', object.empty());
     }
-    return number;
-}
 
-template <class Scalar>
-Library convertedValue(const Scalar& scalar, int /*depth*/) {
-    return scalar;
-}
-
-Library converted(const Json& json, int depth) {
-    if (depth > maximumDepth) {
-        throw std::invalid_argument("Too many levels in JSON write");
+    void writeValue(double number) {
+        if (!std::isfinite(number)) {
+            throw std::invalid_argument(std::isnan(number)
+                                            ? "Invalid number value (NaN) in JSON write"
+                                            : "Invalid number value (infinite) in JSON write");
+        }
+        m_text.append(Library(number).dump());
     }
-    return std::visit([depth](const auto& value) { return convertedValue(value, depth); },
-                      json.value());
-}
+
+    template <class Scalar>
+    void writeValue(const Scalar& scalar) {
+        m_text.append(Library(scalar).dump(-1, ' ', false, Library::error_handler_t::replace));
+    }
+
+    void begin(char bracket) {
+        m_text.push_back(bracket);
+        ++m_depth;
+        m_isFirst = true;
+    }
+
+    void beginElement() {
+        m_text.append(m_isFirst ? "" : ",");
+        m_isFirst = false;
+        beginLine();
+    }
+
+    void end(char bracket, bool isEmpty) {
+        --m_depth;
+        if (!isEmpty) {
+            beginLine();
+        }
+        m_text.push_back(bracket);
+        m_isFirst = false;
+    }
+
+    void beginLine() {
+        constexpr std::size_t indent = 2;
+        m_text.push_back('\n');
+        m_text.append(indent * static_cast<std::size_t>(m_depth - 1), ' ');
+    }
+
+    std::string m_text;
+    int m_depth = 1;
+    bool m_isFirst = true; // in what holds the next value
+};
 
 } // namespace
+
+Json::Json(const Json& other)
+    : m_value(copyOf(other.m_value)) {}
+
+Json& Json::operator=(const Json& other) {
+    m_value = copyOf(other.m_value);
+    return *this;
+}
 
 std::optional<std::string> Json::serialized(std::string& error) const {
     if (!std::holds_alternative<Array>(m_value) && !std::holds_alternative<Object>(m_value)) {
@@ -61,9 +119,10 @@ std::optional<std::string> Json::serialized(std::string& error) const {
         return std::nullopt;
     }
     try {
-        constexpr int indent = 2;
-        return converted(*this, 1).dump(indent, ' ', false, Library::error_handler_t::replace);
-    } catch (const std::exception& failure) {
+        Writer writer;
+        writer.write(*this);
+        return writer.take();
+    } catch (const std::invalid_argument& failure) {
         error = failure.what();
         return std::nullopt;
     }

@@ -2,8 +2,10 @@
 // A file of its own, so that a program without a main loop does not link GLib.
 #include "platform/DispatchQueue.h"
 
-#include <deque>
+#include <list>
+#include <memory>
 #include <mutex>
+#include <new>
 #include <utility>
 
 #include <glib.h>
@@ -12,6 +14,8 @@ namespace platform::DispatchQueue {
 namespace {
 
 using Work = std::function<void()>;
+/// Of nodes that need no memory when they change hands.
+using WorkList = std::list<Work>;
 
 /// The work of the main queue. GLib only wakes the servicing thread; closures change hands under
 /// this mutex, so their order of memory does not rest on GLib's internals.
@@ -21,7 +25,7 @@ using Work = std::function<void()>;
 /// events or for the `done` of `runMainQueueUntil` in between.
 class MainQueue {
 public:
-    void submit(Work work);
+    void submit(WorkList& work);
     void serviceUntil(const std::function<bool()>& done) noexcept;
 
 private:
@@ -30,15 +34,15 @@ private:
     static gboolean wake(gpointer self) noexcept;
 
     std::mutex mutex;
-    std::deque<Work> queue;
+    WorkList queue;
     bool wakeSourceAttached = false;
     /// Held by the one thread of ours that services the context or waits to do so.
     std::mutex servicingTurn;
 };
 
-void MainQueue::submit(Work work) {
+void MainQueue::submit(WorkList& work) {
     const std::lock_guard lock(mutex);
-    queue.push_back(std::move(work));
+    queue.splice(queue.end(), work);
     if (!wakeSourceAttached) {
         attachWakeSource();
     }
@@ -63,17 +67,16 @@ gboolean MainQueue::wake(gpointer self) noexcept {
 /// Runs one piece of work. The next source is attached beforehand, because GLib does not enter a
 /// source again while it runs and the work may wait in a nested main loop for later work.
 void MainQueue::runFirst() {
-    Work work;
+    WorkList first;
     {
         const std::lock_guard lock(mutex);
         wakeSourceAttached = false;
-        work = std::move(queue.front());
-        queue.pop_front();
+        first.splice(first.end(), queue, queue.begin());
         if (!queue.empty()) {
             attachWakeSource();
         }
     }
-    work();
+    first.front()();
 }
 
 /// Threads take turns under a mutex of ours rather than wait inside GLib for one another: so each
@@ -105,7 +108,25 @@ MainQueue& mainQueue() {
 } // namespace
 
 void asyncMain(std::function<void()> work) {
-    mainQueue().submit(std::move(work));
+    WorkList list;
+    list.push_back(std::move(work));
+    mainQueue().submit(list);
+}
+
+void asyncWithReply(QualityOfService quality, std::function<void()> work,
+                    std::function<void()> reply) {
+    const auto list = std::make_shared<WorkList>();
+    list->push_back(std::move(reply));
+    async(quality, [work = std::move(work), list]() mutable {
+        try {
+            work();
+        } catch (const std::bad_alloc&) {
+            // The reply finds what the work left for it.
+        }
+        // What it holds goes before the reply tells that it is done.
+        work = nullptr;
+        mainQueue().submit(*list);
+    });
 }
 
 void runMainQueueUntil(const std::function<bool()>& done) {

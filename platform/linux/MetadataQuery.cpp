@@ -4,20 +4,17 @@
 #include "platform/DispatchQueue.h"
 #include "platform/linux/TagSearch.h"
 
+#include <memory>
 #include <utility>
 
 namespace platform::MetadataQuery {
 
 void findItemsWithTag(const std::string& tag, Completion completion) {
-    DispatchQueue::async(
+    const auto paths = std::make_shared<std::vector<std::string>>();
+    DispatchQueue::asyncWithReply(
         DispatchQueue::QualityOfService::userInitiated,
-        [tag, completion = std::move(completion)]() mutable {
-            auto paths = itemsWithTag(localComputerScope(), tag);
-            DispatchQueue::asyncMain(
-                [paths = std::move(paths), completion = std::move(completion)]() mutable {
-                    completion(std::move(paths));
-                });
-        });
+        [tag, paths] { *paths = itemsWithTag(localComputerScope(), tag); },
+        [paths, completion = std::move(completion)] { completion(std::move(*paths)); });
 }
 
 } // namespace platform::MetadataQuery

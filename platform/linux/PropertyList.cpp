@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/PropertyList.h"
 
+#include "platform/VariantCopy.h"
 #include "platform/linux/PropertyListGuard.h"
 #include "platform/linux/Utf8.h"
 
@@ -193,6 +194,14 @@ struct Builder {
 };
 
 } // namespace
+
+PropertyList::PropertyList(const PropertyList& other)
+    : m_value(copyOf(other.m_value)) {}
+
+PropertyList& PropertyList::operator=(const PropertyList& other) {
+    m_value = copyOf(other.m_value);
+    return *this;
+}
 
 std::optional<PropertyList> PropertyList::parse(DataView bytes) {
     const bool isSafe = PropertyListGuard::isBinary(bytes) ? PropertyListGuard::isSafeBinary(bytes)

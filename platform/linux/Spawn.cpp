@@ -21,11 +21,12 @@ public:
         ::posix_spawn_file_actions_init(&actions);
         ::posix_spawnattr_init(&attributes);
         for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
-            connect(stream, request.streams.at(static_cast<std::size_t>(stream)));
+            note(connect(stream, request.streams.at(static_cast<std::size_t>(stream))));
         }
-        ::posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1);
+        note(::posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1));
         if (!request.workingDirectory.empty()) {
-            ::posix_spawn_file_actions_addchdir_np(&actions, request.workingDirectory.c_str());
+            note(
+                ::posix_spawn_file_actions_addchdir_np(&actions, request.workingDirectory.c_str()));
         }
         setAttributes(request.startsSession);
     }
@@ -41,8 +42,9 @@ public:
     // Safe in a child of a process with several threads: it allocates nothing.
     SpawnResult spawn(const char* program, std::vector<char*>& words) const {
         SpawnResult result;
-        result.error =
-            ::posix_spawn(&result.process, program, &actions, &attributes, words.data(), ::environ);
+        result.error = error != 0 ? error
+                                  : ::posix_spawn(&result.process, program, &actions, &attributes,
+                                                  words.data(), ::environ);
         if (result.error != 0) {
             result.process = -1;
         }
@@ -50,12 +52,13 @@ public:
     }
 
 private:
-    void connect(int stream, int descriptor) {
-        if (descriptor == SpawnRequest::nullDevice) {
-            ::posix_spawn_file_actions_addopen(&actions, stream, "/dev/null", O_RDWR, 0);
-        } else {
-            ::posix_spawn_file_actions_adddup2(&actions, descriptor, stream);
-        }
+    // A program that got other files than it should must not run at all.
+    void note(int failure) { error = error != 0 ? error : failure; }
+
+    int connect(int stream, int descriptor) {
+        return descriptor == SpawnRequest::nullDevice
+                   ? ::posix_spawn_file_actions_addopen(&actions, stream, "/dev/null", O_RDWR, 0)
+                   : ::posix_spawn_file_actions_adddup2(&actions, descriptor, stream);
     }
 
     // What this process ignores or blocks is its own affair.
@@ -75,6 +78,7 @@ private:
 
     posix_spawn_file_actions_t actions{};
     posix_spawnattr_t attributes{};
+    int error = 0; // why the actions are not complete
 };
 
 /// A request in the form in which the C library takes it.

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <csignal>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -68,9 +69,13 @@ public:
     Process& operator=(Process&&) = delete;
     // Nobody else can clear it away any more, and it may run for long.
     ~Process() {
-        if (!m_status) {
-            DispatchQueue::async(DispatchQueue::QualityOfService::defaultClass,
-                                 [process = m_process] { waitForProcess(process); });
+        try {
+            if (!m_status) {
+                DispatchQueue::async(DispatchQueue::QualityOfService::defaultClass,
+                                     [process = m_process] { waitForProcess(process); });
+            }
+        } catch (const std::bad_alloc&) {
+            // It stays on the system's list until this process ends, no more.
         }
     }
 

@@ -6,6 +6,7 @@
 #include <functional>
 #include <latch>
 #include <memory>
+#include <new>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -241,6 +242,49 @@ TEST(DispatchQueue, ResultsTravelFromConcurrentWorkToTheMainQueue) {
     }
     DispatchQueue::runMainQueueUntil([&] { return answers == count; });
     EXPECT_EQ(sum, count * (count - 1) / 2);
+}
+
+TEST(DispatchQueue, TheReplyComesAfterTheWorkOnTheMainQueue) {
+    std::thread::id worker;
+    std::thread::id replier;
+    bool isDone = false;
+    DispatchQueue::asyncWithReply(
+        DispatchQueue::QualityOfService::userInitiated,
+        [&] { worker = std::this_thread::get_id(); },
+        [&] {
+            replier = std::this_thread::get_id();
+            isDone = worker != std::thread::id();
+        });
+    DispatchQueue::runMainQueueUntil([&] { return isDone; });
+    EXPECT_NE(worker, replier);
+    EXPECT_EQ(replier, std::this_thread::get_id());
+}
+
+TEST(DispatchQueue, TheReplyComesAlsoWhenTheWorkRunsOutOfMemory) {
+    bool isDone = false;
+    DispatchQueue::asyncWithReply(
+        DispatchQueue::QualityOfService::userInitiated, [] { throw std::bad_alloc(); },
+        [&isDone] { isDone = true; });
+    DispatchQueue::runMainQueueUntil([&isDone] { return isDone; });
+    EXPECT_TRUE(isDone);
+}
+
+TEST(DispatchQueue, WhatTheWorkHoldsIsGoneWhenTheReplyComes) {
+    const auto held = std::make_shared<int>(0);
+    const std::weak_ptr<int> watcher = held;
+    bool isDone = false;
+    bool isGone = false;
+    const auto submit = [&](std::shared_ptr<int> taken) {
+        DispatchQueue::asyncWithReply(
+            DispatchQueue::QualityOfService::defaultClass, [taken = std::move(taken)] {},
+            [&] {
+                isGone = watcher.use_count() == 1;
+                isDone = true;
+            });
+    };
+    submit(held);
+    DispatchQueue::runMainQueueUntil([&isDone] { return isDone; });
+    EXPECT_TRUE(isGone);
 }
 
 TEST(DispatchQueue, AnyThreadMayServiceTheMainQueue) {

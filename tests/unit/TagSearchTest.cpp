@@ -23,14 +23,13 @@ using Paths = std::vector<std::string>;
 class TagSearch : public testing::Test {
 protected:
     void SetUp() override {
-        if (platform::FileTags::write(folder.file("probe"), {"x"},
-                                      platform::FileTags::Damaged::replace)) {
+        if (platform::FileTags::write(folder.file("probe"), {"x"})) {
             GTEST_SKIP() << "the file system keeps no extended attributes";
         }
         std::filesystem::remove(folder.path("probe"));
     }
     std::string tagged(const std::string& path, const Paths& tags = {"wanted"}) {
-        EXPECT_FALSE(platform::FileTags::write(path, tags, platform::FileTags::Damaged::replace));
+        EXPECT_FALSE(platform::FileTags::write(path, tags));
         return path;
     }
     [[nodiscard]] Paths found(std::unordered_set<std::string> excluded = {}) const {

@@ -75,6 +75,7 @@ private:
                 process->abandon();
             }
             auto state = std::make_unique<State>();
+            state->idle.reserve(worker->m_settings.processes);
             worker->m_state->mutex.unlock();
             state->inherited = worker->m_state.release();
             worker->m_state = std::move(state);
@@ -89,6 +90,7 @@ private:
 MediaWorker::MediaWorker(Settings settings)
     : m_settings(std::move(settings))
     , m_state(std::make_unique<State>()) {
+    m_state->idle.reserve(m_settings.processes);
     Registry::add(*this);
 }
 
@@ -165,7 +167,9 @@ MediaWorker::Outcome MediaWorker::ask(const MediaRequest& request, int descripto
     };
     const bool isNew = lease.process->requests() == 0;
     Kind kind = outcome();
-    if (!isNew && (kind == Kind::ended || kind == Kind::nonsense)) {
+    const bool isBlameless =
+        kind == Kind::notSent || (!isNew && (kind == Kind::ended || kind == Kind::nonsense));
+    if (isBlameless) {
         lease.process = replacementFor(std::move(lease.process));
         kind = lease.process ? outcome() : Kind::ended;
     }

@@ -133,7 +133,7 @@ WorkerProcess::Reply WorkerProcess::ask(MediaRequest request, int descriptor) {
     request.number = ++m_requestCount;
     const Deadline deadline{Clock::now() + m_limits.wall, usedProcessorTime() + m_limits.processor};
     if (!sendRequest(request, descriptor)) {
-        return {Reply::Kind::ended, {}};
+        return {Reply::Kind::notSent, {}};
     }
     return receive(request, deadline);
 }

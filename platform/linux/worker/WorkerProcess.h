@@ -50,12 +50,13 @@ public:
             nonsense, ///< it does not keep to the protocol
             late,     ///< a limit is exceeded
             ended,    ///< there is no such process any more
+            notSent,  ///< the file did not get to it
         };
         Kind kind = Kind::nothing;
         DataView value; ///< borrowed until the next request
     };
     /// Has the file `descriptor` read; its number in the request is given here. After one of the
-    /// three last answers the object is of no use any more. Blocks.
+    /// four last answers the object is of no use any more. Blocks.
     [[nodiscard]] Reply ask(MediaRequest request, int descriptor);
 
     /// How many requests it was sent.
