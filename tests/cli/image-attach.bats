@@ -417,6 +417,17 @@ attach_by_copy() {
     capture env PATH="$2" "${mantle[@]}" "$HDIUTIL" attach "$1" -plist -noverify
 }
 
+@test "a copy is that of the image alone, whatever its name" {
+    command -v 7z >/dev/null || skip "no 7z here"
+    vfat_image 'a?.img' one
+    vfat_image ab.img other
+    attach_by_copy 'a?.img' "$PATH"
+    succeeds
+    [ "$(ls "$(mount_point)")" = one ]
+    detaches "$(mount_point)"
+    nothing_left
+}
+
 @test "a copy that was not finished is removed" {
     vfat_image fat.img one
     mkdir bin

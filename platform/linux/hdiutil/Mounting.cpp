@@ -116,7 +116,8 @@ std::optional<std::string> mountByCopy(const VolumeInFile& volume, const std::st
         }
         source = device->path();
     }
-    if (!run("7z", {"x", "-y", "-bd", "-o" + mountPoint, source})) {
+    // Without "-spd" it would also extract other files, where the name of this one has wildcards.
+    if (!run("7z", {"x", "-y", "-bd", "-spd", "-o" + mountPoint, source})) {
         return std::nullopt;
     }
     ::chmod(mountPoint.c_str(), 0500);
