@@ -161,8 +161,8 @@ private:
         record.volumes.push_back({.mountPoint = {},
                                   .method = MountMethod::service,
                                   .device = {{}, source.file, source.offset}});
-        if (note() && hdiutil::mountByService(source, record.volumes.back(),
-                                             [this] { return note(); })) {
+        if (note() &&
+            hdiutil::mountByService(source, record.volumes.back(), [this] { return note(); })) {
             return record.volumes.back().device.path;
         }
         takeBackLastVolume();

@@ -13,7 +13,7 @@ namespace platform::hdiutil {
 
 /// A file system in a file.
 struct VolumeInFile {
-    std::string file; ///< holds the disk as it is
+    std::string file;         ///< holds the disk as it is
     std::uint64_t offset = 0; ///< bytes, from the beginning of the file
     std::uint64_t length = 0; ///< bytes
     bool isWholeFile = false;
@@ -22,10 +22,10 @@ struct VolumeInFile {
 };
 
 /// Shows the volume at the mount point of `target`, an empty folder, in the first way that works:
-/// the kernel's own driver over a loop device, a FUSE program, a copy. The method of `target` is the
-/// one that is tried, and `note` is called before another one is: when it answers false, nothing
-/// more is tried. Answers the block device, or the file where there is none; nullopt when no way
-/// worked, and what was made is for `unmountVolume` then.
+/// the kernel's own driver over a loop device, a FUSE program, a copy. The method of `target` is
+/// the one that is tried, and `note` is called before another one is: when it answers false,
+/// nothing more is tried. Answers the block device, or the file where there is none; nullopt when
+/// no way worked, and what was made is for `unmountVolume` then.
 [[nodiscard]] std::optional<std::string>
 mountVolume(const VolumeInFile& volume, MountedVolume& target, const std::function<bool()>& note);
 
@@ -45,8 +45,8 @@ mountVolume(const VolumeInFile& volume, MountedVolume& target, const std::functi
 /// Whether a volume that is mounted at `path` is in use. False where nothing is mounted.
 [[nodiscard]] bool isBusy(const MountedVolume& volume);
 
-/// Undoes `mountVolume`, finished or not, and removes the folder, or undoes `mountByService`. False,
-/// with errno set, when the system refuses; true also when there is nothing to undo.
+/// Undoes `mountVolume`, finished or not, and removes the folder, or undoes `mountByService`.
+/// False, with errno set, when the system refuses; true also when there is nothing to undo.
 [[nodiscard]] bool unmountVolume(const MountedVolume& volume);
 
 } // namespace platform::hdiutil
