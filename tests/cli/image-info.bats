@@ -114,6 +114,20 @@ END
     status_is 1
 }
 
+@test "what there is no memory for" {
+    [ -z "${SANITIZERS:-}" ] || skip "sanitizers need memory of their own"
+    python3 - <<'END'
+import struct
+list_size = 16 << 20
+trailer = bytearray(512)
+struct.pack_into(">4sLL", trailer, 0, b"koly", 4, 512)
+struct.pack_into(">QQ", trailer, 216, 0, list_size)
+open("large.dmg", "wb").write(bytes(list_size) + trailer)
+END
+    capture prlimit --data=$((8 << 20)) "$HDIUTIL" imageinfo large.dmg -plist
+    fails_because imageinfo "std::bad_alloc"
+}
+
 @test "other words than the three invocations" {
     local words
     touch x.img

@@ -161,8 +161,8 @@ private:
         record.volumes.push_back({.mountPoint = {},
                                   .method = MountMethod::service,
                                   .device = {{}, source.file, source.offset}});
-        const auto note = [this] { return records.store(record); };
-        if (note() && hdiutil::mountByService(source, record.volumes.back(), note)) {
+        if (note() &&
+            hdiutil::mountByService(source, record.volumes.back(), [this] { return note(); })) {
             return record.volumes.back().device.path;
         }
         takeBackLastVolume();
@@ -176,16 +176,16 @@ private:
             return std::nullopt;
         }
         record.volumes.push_back({*folder, MountMethod::kernel});
-        const auto mounted = records.store(record) && WorkFolders::makeMountPoint(*folder)
-                                 ? mountVolume(source, *folder)
-                                 : std::nullopt;
-        if (!mounted) {
+        auto device = note() && WorkFolders::makeMountPoint(*folder)
+                          ? mountVolume(source, record.volumes.back(), [this] { return note(); })
+                          : std::nullopt;
+        if (!device) {
             takeBackLastVolume();
-            return std::nullopt;
         }
-        record.volumes.back().method = mounted->method;
-        return mounted->device;
+        return device;
     }
+
+    [[nodiscard]] bool note() const { return records.store(record); }
 
     void takeBackLastVolume() {
         static_cast<void>(unmountVolume(record.volumes.back()));

@@ -5,6 +5,7 @@
 #include "platform/Digest.h"
 #include "platform/FileManager.h"
 #include "platform/Format.h"
+#include "platform/linux/hdiutil/SparseWrite.h"
 #include "platform/linux/hdiutil/WorkFolders.h"
 
 #include <algorithm>
@@ -110,17 +111,6 @@ std::string identifierOf(const std::string& image) {
     return Digest::hexString(digest.finish());
 }
 
-bool writeWholly(int descriptor, DataView data) {
-    while (!data.empty()) {
-        const ssize_t count = ::write(descriptor, data.data(), data.size());
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        data = data.subspan(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    }
-    return ::fsync(descriptor) == 0;
-}
-
 } // namespace
 
 PropertyList AttachRecord::asPropertyList() const {
@@ -212,7 +202,8 @@ bool AttachRecords::store(const AttachRecord& record) const {
         return false;
     }
     const Data data = record.asPropertyList().serialized(PropertyList::Format::xml);
-    const bool isWritten = !data.empty() && writeWholly(descriptor, data);
+    const bool isWritten =
+        !data.empty() && writeAt(descriptor, 0, data) && ::fsync(descriptor) == 0;
     ::close(descriptor);
     return isWritten && ::rename(draft.c_str(), path.c_str()) == 0;
 }

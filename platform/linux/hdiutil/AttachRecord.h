@@ -45,6 +45,7 @@ struct AttachRecord {
 
     friend bool operator==(const AttachRecord&, const AttachRecord&) = default;
 
+    /// The record as it is kept. Paths are data in it, since they need not be UTF-8.
     [[nodiscard]] PropertyList asPropertyList() const;
     /// nullopt for anything but what `asPropertyList` makes.
     [[nodiscard]] static std::optional<AttachRecord> fromPropertyList(const PropertyList& list);
@@ -65,9 +66,11 @@ public:
     /// All of them; damaged files are left out.
     [[nodiscard]] std::vector<AttachRecord> all() const;
 
-    /// Writes the record of an image, wholly or not at all, in place of an older one.
+    /// Writes the record of an image, wholly or not at all, in place of an older one. False, with
+    /// errno set, when the system refuses.
     [[nodiscard]] bool store(const AttachRecord& record) const;
 
+    /// Removes the record of that image.
     void remove(const AttachRecord& record) const;
 
 private:

@@ -2,6 +2,7 @@
 #include "platform/linux/hdiutil/VolumeProbe.h"
 
 #include "platform/linux/Utf8.h"
+#include "platform/linux/hdiutil/SparseWrite.h"
 #include "platform/linux/hdiutil/VolumeLandmarks.h"
 
 #include <algorithm>
@@ -20,7 +21,6 @@
 namespace platform::hdiutil {
 namespace {
 
-constexpr std::size_t pageSize = 4096;
 constexpr std::size_t copySize = 64U << 10U;
 
 // A file in memory that has the landmarks of a volume in their places and nothing in between:
@@ -59,26 +59,11 @@ private:
             const auto length = std::min<std::uint64_t>(copySize, stretch.length - done);
             const auto piece = std::span(buffer).first(length);
             // A part that is damaged must not hide the rest.
-            if (bytes.read(stretch.offset + done, piece) && !write(piece, stretch.offset + done)) {
+            if (bytes.read(stretch.offset + done, piece) &&
+                !writeSparsely(m_descriptor, stretch.offset + done, piece)) {
                 return false;
             }
             done += length;
-        }
-        return true;
-    }
-
-    // Leaves out the pages of zeros, which is most of them: the file has these already.
-    [[nodiscard]] bool write(std::span<const std::byte> piece, std::uint64_t offset) const {
-        while (!piece.empty()) {
-            const auto page = piece.first(std::min(pageSize, piece.size()));
-            const bool isBlank =
-                std::ranges::all_of(page, [](std::byte byte) { return byte == std::byte{0}; });
-            if (!isBlank && ::pwrite(m_descriptor, page.data(), page.size(),
-                                     static_cast<off_t>(offset)) != std::ssize(page)) {
-                return false;
-            }
-            piece = piece.subspan(page.size());
-            offset += page.size();
         }
         return true;
     }
