@@ -103,17 +103,6 @@ Json asJson(const std::string& path, const QMMetadataResult* result) {
                         {"entries", std::move(entries)}};
 }
 
-// As an array with nothing else in it has it. Of texts and numbers there is nothing to fail.
-std::string asElement(Json json) {
-    constexpr std::string_view begin = "[\n";
-    constexpr std::string_view end = "\n]";
-    Json::Array array;
-    array.push_back(std::move(json));
-    std::string error;
-    const std::string text = Json(std::move(array)).serialized(error).value();
-    return text.substr(begin.size(), text.size() - begin.size() - end.size());
-}
-
 /// An array that is printed as its elements come, in any order. Only those are kept for which an
 /// earlier one is still missing, so that memory does not grow with the number of files.
 class PrintedArray {
@@ -185,7 +174,10 @@ private:
         }
         // While the next file is read.
         try {
-            results.set(number, asElement(asJson(options.files[number], result)));
+            // Of texts and numbers there is nothing to fail.
+            std::string error;
+            results.set(number,
+                        asJson(options.files[number], result).serializedAsElement(error).value());
         } catch (const std::bad_alloc&) {
             lacksMemory = true;
         }
