@@ -204,15 +204,18 @@ PropertyList& PropertyList::operator=(const PropertyList& other) {
 }
 
 std::optional<PropertyList> PropertyList::parse(DataView bytes) {
-    const bool isSafe = PropertyListGuard::isBinary(bytes) ? PropertyListGuard::isSafeBinary(bytes)
-                                                           : PropertyListGuard::isSafeXML(bytes);
+    const bool isBinary = PropertyListGuard::isBinary(bytes);
+    const bool isSafe =
+        isBinary ? PropertyListGuard::isSafeBinary(bytes) : PropertyListGuard::isSafeXML(bytes);
     if (bytes.empty() || !isSafe) {
         return std::nullopt;
     }
+    // The form is not left to the library to find out: later versions know more than were checked.
+    const auto read = isBinary ? plist_from_bin : plist_from_xml;
     plist_t root = nullptr;
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
-    plist_from_memory(reinterpret_cast<const char*>(bytes.data()),
-                      static_cast<std::uint32_t>(bytes.size()), &root);
+    read(reinterpret_cast<const char*>(bytes.data()), static_cast<std::uint32_t>(bytes.size()),
+         &root);
     const Node owner(root);
     return root == nullptr ? std::nullopt : converted(root, 1);
 }
