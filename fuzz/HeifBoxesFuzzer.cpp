@@ -7,7 +7,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const MemoryFile memory(fuzzing::textOf(data, size));
-    const auto file = platform::media::ImageFile::of(memory.descriptor());
+    const auto file = platform::OpenedFile::of(memory.descriptor());
     fuzzing::require(file.has_value());
     // Something has to say so.
     fuzzing::require(!platform::media::isMonochromeHeif(*file) || size > 3);

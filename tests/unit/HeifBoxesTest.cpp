@@ -11,12 +11,12 @@
 
 namespace {
 
-using platform::media::ImageFile;
+using platform::OpenedFile;
 using namespace std::string_view_literals;
 
 bool isMonochrome(std::string_view bytes) {
     const MemoryFile memory(bytes);
-    return platform::media::isMonochromeHeif(ImageFile::of(memory.descriptor()).value());
+    return platform::media::isMonochromeHeif(OpenedFile::of(memory.descriptor()).value());
 }
 
 std::string box(std::string_view type, std::string_view content) {
@@ -43,7 +43,7 @@ std::string fileOf(std::string_view properties) {
 
 std::uint64_t endOfDescription(std::string_view bytes) {
     const MemoryFile memory(bytes);
-    return platform::media::endOfHeifDescription(ImageFile::of(memory.descriptor()).value());
+    return platform::media::endOfHeifDescription(OpenedFile::of(memory.descriptor()).value());
 }
 
 } // namespace

@@ -11,7 +11,7 @@
 
 namespace {
 
-using platform::media::ImageFile;
+using platform::OpenedFile;
 
 constexpr std::uint64_t large = 0x12345;
 constexpr std::uint64_t small = 4096;
@@ -43,7 +43,7 @@ std::size_t hiddenIn(const std::string& file) {
     const MemoryFile memory(file);
     std::string changed = file;
     const auto numbers =
-        platform::media::lengthsOfHeifPictures(ImageFile::of(memory.descriptor()).value());
+        platform::media::lengthsOfHeifPictures(OpenedFile::of(memory.descriptor()).value());
     platform::media::hideNumbers(numbers, 0, std::as_writable_bytes(std::span(changed)));
     for (const auto& number : numbers) {
         const std::string_view whole = file;

@@ -15,7 +15,7 @@
 namespace {
 
 using namespace std::string_literals;
-using platform::av::AvFile;
+using platform::OpenedFile;
 using platform::av::Items;
 using Texts = std::vector<std::string>;
 
@@ -51,7 +51,7 @@ std::string value(std::string_view type, const std::string& text, std::uint32_t 
 
 Texts mp4(const std::string& bytes) {
     const MemoryFile file(bytes);
-    return textsOf(platform::av::itemsOfMp4(AvFile::of(file.descriptor()).value()));
+    return textsOf(platform::av::itemsOfMp4(OpenedFile::of(file.descriptor()).value()));
 }
 
 Texts inUserData(const std::string& contents) {
@@ -68,12 +68,12 @@ std::string comment(const std::string& text) {
 
 Texts leadingTag(const std::string& bytes) {
     const MemoryFile file(bytes);
-    return textsOf(platform::av::itemsOfLeadingTag(AvFile::of(file.descriptor()).value()));
+    return textsOf(platform::av::itemsOfLeadingTag(OpenedFile::of(file.descriptor()).value()));
 }
 
 std::uint64_t endOfTags(const std::string& bytes) {
     const MemoryFile file(bytes);
-    return platform::av::endOfLeadingTags(AvFile::of(file.descriptor()).value());
+    return platform::av::endOfLeadingTags(OpenedFile::of(file.descriptor()).value());
 }
 
 } // namespace

@@ -198,7 +198,7 @@ std::optional<double> durationOfTracks(DataView chunks, const Clock& clock, bool
 
 } // namespace
 
-std::optional<double> durationOfMidi(const AvFile& file) {
+std::optional<double> durationOfMidi(const OpenedFile& file) {
     constexpr std::uint64_t maximumSize = std::uint64_t{16} << 20U;
     constexpr std::size_t headSize = 14;
     constexpr std::size_t sizeOffset = 4;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/linux/ByteOrder.h"
-#include "platform/linux/av/AvFile.h"
+#include "platform/linux/OpenedFile.h"
 
 #include <algorithm>
 #include <array>
@@ -37,7 +37,7 @@ struct Mp4Box {
 class Mp4Boxes {
 public:
     /// `file` must outlive this.
-    explicit Mp4Boxes(const AvFile& file)
+    explicit Mp4Boxes(const OpenedFile& file)
         : m_file(file) {}
 
     [[nodiscard]] Mp4Box whole() const { return {0, 0, 0, m_file.size()}; }
@@ -83,7 +83,7 @@ public:
     }
 
 private:
-    const AvFile& m_file;
+    const OpenedFile& m_file;
     int m_count = 0;
 };
 

@@ -54,7 +54,7 @@ constexpr std::uint64_t maximumText = std::uint64_t{64} << 10U;
 /// Goes along the boxes of one file and gathers what it finds.
 class Walk {
 public:
-    explicit Walk(const AvFile& file)
+    explicit Walk(const OpenedFile& file)
         : m_file(file)
         , m_boxes(file) {}
 
@@ -198,14 +198,14 @@ private:
                                     : itemText(text)});
     }
 
-    const AvFile& m_file;
+    const OpenedFile& m_file;
     Items m_items;
     Mp4Boxes m_boxes;
 };
 
 } // namespace
 
-Items itemsOfMp4(const AvFile& file) {
+Items itemsOfMp4(const OpenedFile& file) {
     return Walk(file).take();
 }
 

@@ -30,7 +30,7 @@ void follow(Mp4Boxes& boxes, const Mp4Box& parent, std::span<const BoxType> rest
 
 } // namespace
 
-std::vector<std::uint64_t> placesOfSampleTables(const AvFile& file) {
+std::vector<std::uint64_t> placesOfSampleTables(const OpenedFile& file) {
     Mp4Boxes boxes(file);
     std::vector<std::uint64_t> places;
     follow(boxes, boxes.whole(), way, places);

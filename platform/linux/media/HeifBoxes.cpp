@@ -13,14 +13,14 @@ namespace {
 constexpr int mostBoxes = 4096;
 
 // Where the properties of the pictures are.
-std::optional<HeifContent> propertiesOf(const ImageFile& file) {
+std::optional<HeifContent> propertiesOf(const OpenedFile& file) {
     const auto content = metaOfHeif(file);
     const auto properties = content ? HeifBoxes(file, *content).find("iprp") : std::nullopt;
     return properties ? HeifBoxes(file, *properties).find("ipco") : std::nullopt;
 }
 
 // Whether the byte at `index` of a configuration has the masked bits as `wanted`.
-bool hasBits(const ImageFile& file, const HeifContent& content, std::size_t index, unsigned mask,
+bool hasBits(const OpenedFile& file, const HeifContent& content, std::size_t index, unsigned mask,
              unsigned wanted) {
     std::array<std::byte, 1> byte{};
     return index < content.length && file.read(content.offset + index, byte) &&
@@ -29,7 +29,7 @@ bool hasBits(const ImageFile& file, const HeifContent& content, std::size_t inde
 
 } // namespace
 
-HeifBoxes::HeifBoxes(const ImageFile& file, const HeifContent& where)
+HeifBoxes::HeifBoxes(const OpenedFile& file, const HeifContent& where)
     : m_file(file)
     , m_next(where.offset)
     , m_end(where.offset + where.length) {}
@@ -70,7 +70,7 @@ std::optional<HeifContent> HeifBoxes::find(std::string_view type) {
     return std::nullopt;
 }
 
-std::optional<HeifContent> metaOfHeif(const ImageFile& file) {
+std::optional<HeifContent> metaOfHeif(const OpenedFile& file) {
     constexpr std::uint64_t versionSize = 4;
     const auto content = HeifBoxes(file, {0, file.size()}).find("meta");
     return content && content->length >= versionSize
@@ -79,7 +79,7 @@ std::optional<HeifContent> metaOfHeif(const ImageFile& file) {
                : std::nullopt;
 }
 
-bool isMonochromeHeif(const ImageFile& file) {
+bool isMonochromeHeif(const OpenedFile& file) {
     constexpr std::size_t chromaFormat = 16; // of HEVC: 0 in two bits for none
     constexpr std::size_t monochromeFlag = 2;
     const auto properties = propertiesOf(file);
@@ -106,7 +106,7 @@ bool isMonochromeHeif(const ImageFile& file) {
     return isFound;
 }
 
-std::uint64_t endOfHeifDescription(const ImageFile& file) {
+std::uint64_t endOfHeifDescription(const OpenedFile& file) {
     HeifBoxes boxes(file, {0, file.size()});
     std::uint64_t end = 0;
     for (int i = 0; i < mostBoxes; ++i) {

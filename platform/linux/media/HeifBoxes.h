@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/linux/media/ImageFile.h"
+#include "platform/linux/OpenedFile.h"
 
 #include <array>
 #include <cstddef>
@@ -21,7 +21,7 @@ struct HeifContent {
 class HeifBoxes {
 public:
     /// `file` must outlive this.
-    HeifBoxes(const ImageFile& file, const HeifContent& where);
+    HeifBoxes(const OpenedFile& file, const HeifContent& where);
 
     /// The content of the next box; nullopt at the end, or where sizes make no sense.
     [[nodiscard]] std::optional<HeifContent> next();
@@ -33,23 +33,23 @@ public:
     [[nodiscard]] std::optional<HeifContent> find(std::string_view type);
 
 private:
-    const ImageFile& m_file;
+    const OpenedFile& m_file;
     std::uint64_t m_next;
     std::uint64_t m_end;
     std::array<std::byte, 4> m_type{};
 };
 
 /// The boxes that describe the pictures of a HEIF file. Any thread.
-[[nodiscard]] std::optional<HeifContent> metaOfHeif(const ImageFile& file);
+[[nodiscard]] std::optional<HeifContent> metaOfHeif(const OpenedFile& file);
 
 /// Whether the pictures of a HEIF file have shades alone, by what their decoders are told: all of
 /// them, as the transparency of a coloured picture is a picture of shades. False for what cannot be
 /// read. libheif tells this only of decoded pictures. Any thread.
-[[nodiscard]] bool isMonochromeHeif(const ImageFile& file);
+[[nodiscard]] bool isMonochromeHeif(const OpenedFile& file);
 
 /// Where a HEIF file's description ends, behind which there are only the data of the pictures: its
 /// end when something else follows them. libheif would load these data, however many there are.
 /// Any thread.
-[[nodiscard]] std::uint64_t endOfHeifDescription(const ImageFile& file);
+[[nodiscard]] std::uint64_t endOfHeifDescription(const OpenedFile& file);
 
 } // namespace platform::media

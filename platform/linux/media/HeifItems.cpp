@@ -21,7 +21,7 @@ constexpr std::uint64_t fewBytes = 4096;
 using ItemId = std::uint32_t;
 
 // The number of an item that is a picture; nullopt for one of another kind.
-std::optional<ItemId> pictureIn(const ImageFile& file, const HeifContent& entry) {
+std::optional<ItemId> pictureIn(const OpenedFile& file, const HeifContent& entry) {
     constexpr std::size_t shortEntry = 12; // version and flags, number, protection, type
     constexpr std::size_t longEntry = 14;
     std::array<std::byte, longEntry> bytes{};
@@ -38,7 +38,7 @@ std::optional<ItemId> pictureIn(const ImageFile& file, const HeifContent& entry)
 }
 
 // The numbers of the items that are pictures, in order.
-std::vector<ItemId> picturesOf(const ImageFile& file, const HeifContent& meta) {
+std::vector<ItemId> picturesOf(const OpenedFile& file, const HeifContent& meta) {
     std::vector<ItemId> pictures;
     std::array<std::byte, 1> version{};
     const auto items = HeifBoxes(file, meta).find("iinf");
@@ -129,7 +129,7 @@ void addLengths(Numbers& numbers, const Widths& widths, const std::vector<ItemId
 
 } // namespace
 
-std::vector<HeifNumber> lengthsOfHeifPictures(const ImageFile& file) {
+std::vector<HeifNumber> lengthsOfHeifPictures(const OpenedFile& file) {
     constexpr std::uint64_t mostBytes = 1U << 20U;
     std::vector<HeifNumber> lengths;
     const auto meta = metaOfHeif(file);

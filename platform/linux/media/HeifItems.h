@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/linux/media/ImageFile.h"
+#include "platform/linux/OpenedFile.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -18,7 +18,7 @@ struct HeifNumber {
 
 /// Where a HEIF file says how many bytes of data its pictures have, from its beginning on. Without
 /// those of few bytes, and empty for what cannot be read. Any thread.
-[[nodiscard]] std::vector<HeifNumber> lengthsOfHeifPictures(const ImageFile& file);
+[[nodiscard]] std::vector<HeifNumber> lengthsOfHeifPictures(const OpenedFile& file);
 
 /// Puts zeros in place of those `numbers` of a file that are among its `bytes` from `offset` on.
 /// `numbers` are in order and do not overlap.

@@ -3,6 +3,7 @@
 #include "platform/linux/media/HeifReader.h"
 
 #include "platform/linux/ByteOrder.h"
+#include "platform/linux/media/BufferedFile.h"
 #include "platform/linux/media/ColorProfile.h"
 #include "platform/linux/media/HeifBoxes.h"
 #include "platform/linux/media/HeifItems.h"
@@ -26,7 +27,7 @@ constexpr std::size_t bufferSize = 4U << 10U;
 /// The file as libheif sees it, which loads what it can get. It has only the boxes, until their end
 /// was reached, and in these the pictures have no data.
 struct Input {
-    explicit Input(const ImageFile& image)
+    explicit Input(const OpenedFile& image)
         : file(image, bufferSize)
         , end(endOfHeifDescription(image))
         , hidden(lengthsOfHeifPictures(image)) {}
@@ -150,7 +151,7 @@ Data exifOf(const Handle& image) {
     return block;
 }
 
-ImageProperties propertiesOf(const Handle& image, const ImageFile& file) {
+ImageProperties propertiesOf(const Handle& image, const OpenedFile& file) {
     ImageProperties properties;
     properties.pixelWidth = ::heif_image_handle_get_ispe_width(image.get());
     properties.pixelHeight = ::heif_image_handle_get_ispe_height(image.get());
@@ -177,7 +178,7 @@ void prepareHeif() {
     ::heif_init(nullptr);
 }
 
-std::optional<ImageProperties> readHeif(const ImageFile& file, bool wantsImageCount) {
+std::optional<ImageProperties> readHeif(const OpenedFile& file, bool wantsImageCount) {
     Input input(file);
     const Context context(::heif_context_alloc());
     const bool isRead =

@@ -50,7 +50,7 @@ constexpr std::array keywords{"Software\0"sv,
 constexpr std::size_t longestKeyword = 32;
 
 // A number for a keyword that is looked at, so that it can be told from types; 0 for others.
-std::uint32_t keywordOf(const ImageFile& file, std::uint64_t offset) {
+std::uint32_t keywordOf(const OpenedFile& file, std::uint64_t offset) {
     std::array<std::byte, longestKeyword> buffer{};
     const DataView start = DataView(buffer).first(file.readSome(offset, buffer));
     const auto* const found = std::ranges::find_if(
@@ -60,7 +60,7 @@ std::uint32_t keywordOf(const ImageFile& file, std::uint64_t offset) {
 
 } // namespace
 
-PngChunks::PngChunks(const ImageFile& file)
+PngChunks::PngChunks(const OpenedFile& file)
     : m_file(file)
     , m_stretches{{0, signatureSize}} {
     find();
