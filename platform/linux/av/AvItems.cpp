@@ -66,7 +66,7 @@ Items itemsOfFlac(const OpenedFile& file, std::uint64_t start) {
     std::uint64_t offset = start + headSize;
     for (int block = 0; block < maximumBlocks; ++block) {
         std::array<std::byte, headSize> head{};
-        if (file.readSome(offset, head) < head.size()) {
+        if (!file.read(offset, head)) {
             break;
         }
         const auto kind = std::to_integer<unsigned>(head[0]);
@@ -97,7 +97,7 @@ std::uint64_t endOfLeadingTags(const OpenedFile& file) {
     std::uint64_t end = 0;
     for (int tag = 0; tag < maximumTags; ++tag) {
         std::array<std::byte, headSize> head{};
-        if (file.readSome(end, head) < head.size() || !hasTextAt(head, 0, "ID3")) {
+        if (!file.read(end, head) || !hasTextAt(head, 0, "ID3")) {
             break;
         }
         std::uint64_t size = 0;
