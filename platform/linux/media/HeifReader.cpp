@@ -27,10 +27,13 @@ constexpr std::size_t bufferSize = 4U << 10U;
 /// The file as libheif sees it, which loads what it can get. It has only the boxes, until their end
 /// was reached, and in these the pictures have no data.
 struct Input {
-    explicit Input(const OpenedFile& image)
+    Input(const OpenedFile& image, const HeifDescription& description)
         : file(image, bufferSize)
-        , end(endOfHeifDescription(image))
-        , hidden(lengthsOfHeifPictures(image)) {}
+        , end(description.end) {
+        if (description.meta) {
+            hidden = lengthsOfHeifPictures(image, *description.meta);
+        }
+    }
 
     BufferedFile file;
     std::uint64_t end;
@@ -151,7 +154,7 @@ Data exifOf(const Handle& image) {
     return block;
 }
 
-ImageProperties propertiesOf(const Handle& image, const OpenedFile& file) {
+ImageProperties propertiesOf(const Handle& image, bool isMonochrome) {
     ImageProperties properties;
     properties.pixelWidth = ::heif_image_handle_get_ispe_width(image.get());
     properties.pixelHeight = ::heif_image_handle_get_ispe_height(image.get());
@@ -159,7 +162,7 @@ ImageProperties propertiesOf(const Handle& image, const OpenedFile& file) {
         properties.depth = bits;
     }
     const Data profile = profileOf(image);
-    properties.colorModel = isGrayProfile(profile) || isMonochromeHeif(file) ? "Gray" : "RGB";
+    properties.colorModel = isMonochrome || isGrayProfile(profile) ? "Gray" : "RGB";
     properties.profileName = nameOfProfile(profile);
     if (!properties.profileName && isMarkedAsSRGB(image)) {
         properties.profileName = sRGBProfileName;
@@ -179,7 +182,8 @@ void prepareHeif() {
 }
 
 std::optional<ImageProperties> readHeif(const OpenedFile& file, bool wantsImageCount) {
-    Input input(file);
+    const HeifDescription description = descriptionOfHeif(file);
+    Input input(file, description);
     const Context context(::heif_context_alloc());
     const bool isRead =
         context != nullptr &&
@@ -188,7 +192,8 @@ std::optional<ImageProperties> readHeif(const OpenedFile& file, bool wantsImageC
     if (image == nullptr) {
         return std::nullopt;
     }
-    ImageProperties properties = propertiesOf(image, file);
+    ImageProperties properties =
+        propertiesOf(image, description.meta && isMonochromeHeif(file, *description.meta));
     if (*properties.pixelWidth <= 0 || *properties.pixelHeight <= 0) {
         return std::nullopt;
     }
