@@ -61,21 +61,9 @@ print([(p["start"], p["size"]) for p in json.load(sys.stdin)["partitiontable"]["
 }
 
 @test "a sparse bundle" {
-    mkdir -p "x.sparsebundle/bands"
     truncate -s 8M fs.img
     mkfs.ext4 -q -L Sparse fs.img
-    python3 - <<'END'
-import plistlib
-band = 1 << 20
-plistlib.dump({"diskimage-bundle-type": "com.apple.diskimage.sparsebundle",
-               "band-size": band, "size": 8 << 20, "CFBundleInfoDictionaryVersion": "6.0"},
-              open("x.sparsebundle/Info.plist", "wb"))
-data = open("fs.img", "rb").read()
-for number in range(8):
-    piece = data[number * band:(number + 1) * band].rstrip(b"\0")
-    if piece:
-        open(f"x.sparsebundle/bands/{number:x}", "wb").write(piece)
-END
+    make_bundle fs.img x.sparsebundle
     info x.sparsebundle
     plist_is "document['Format'], document['Total Bytes']" "('UDSB', 8388608)"
     plist_is "document['partitions']['partitions'][0]['partition-filesystems']" "{'ext4': 'Sparse'}"
