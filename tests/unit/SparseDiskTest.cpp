@@ -141,41 +141,47 @@ protected:
 };
 
 TEST_F(Bundle, HasAFileForEachBandThatWasWritten) {
-    static_cast<void>(folder.file("bands/1", "bbbb"));
+    static_cast<void>(folder.file("bands/1", std::string(512, 'b')));
     static_cast<void>(folder.file("bands/a", "zz"));
-    const auto bundle = open("4", "44");
+    const auto bundle = open("512", "5632");
     ASSERT_TRUE(bundle);
-    EXPECT_EQ(bundle->size(), 44U);
-    EXPECT_EQ(bundle->storedBytes(), 6U);
-    EXPECT_EQ(allOf(*bundle),
-              std::string(4, '\0') + "bbbb" + std::string(32, '\0') + "zz" + std::string(2, '\0'));
+    EXPECT_EQ(bundle->size(), 5632U);
+    EXPECT_EQ(bundle->storedBytes(), 514U);
+    EXPECT_EQ(allOf(*bundle), std::string(512, '\0') + std::string(512, 'b') +
+                                  std::string(4096, '\0') + "zz" + std::string(510, '\0'));
     std::vector<std::byte> piece(4);
-    EXPECT_FALSE(bundle->read(41, piece));
+    EXPECT_FALSE(bundle->read(5629, piece));
 }
 
 TEST_F(Bundle, IsRefusedWhenItIsDamaged) {
     EXPECT_FALSE(open("0", "44"));
-    EXPECT_FALSE(open("-4", "44"));
-    EXPECT_FALSE(open("4", "0"));
+    EXPECT_FALSE(open("-512", "44"));
+    EXPECT_FALSE(open("512", "0"));
     EXPECT_FALSE(open("9000000000000000000", "44"));
     static_cast<void>(folder.folder("bands/0"));
-    const auto bundle = open("4", "44");
+    const auto bundle = open("512", "44");
     ASSERT_TRUE(bundle);
     std::vector<std::byte> piece(4);
     EXPECT_FALSE(bundle->read(0, piece));
 }
 
+TEST_F(Bundle, IsRefusedWhenItsBandsAreSmallerThanASector) {
+    EXPECT_FALSE(open("1", "1073741824"));
+    EXPECT_FALSE(open("511", "1073741824"));
+    EXPECT_TRUE(open("512", "1073741824"));
+}
+
 TEST_F(Bundle, IsToldByItsDescription) {
     EXPECT_FALSE(SparseBundle::isSparseBundle(folder.path()));
-    static_cast<void>(folder.file("Info.plist", description("other", "4", "44")));
+    static_cast<void>(folder.file("Info.plist", description("other", "512", "44")));
     EXPECT_FALSE(SparseBundle::isSparseBundle(folder.path()));
-    static_cast<void>(folder.file("Info.plist", description(bundleType, "4", "44")));
+    static_cast<void>(folder.file("Info.plist", description(bundleType, "512", "44")));
     EXPECT_TRUE(SparseBundle::isSparseBundle(folder.path()));
     EXPECT_FALSE(SparseBundle::isSparseBundle(folder.path("Info.plist")));
 }
 
 TEST_F(Bundle, SaysWhenItIsEncrypted) {
-    const auto bundle = open("4", "44");
+    const auto bundle = open("512", "44");
     ASSERT_TRUE(bundle);
     EXPECT_FALSE(bundle->isEncrypted());
     static_cast<void>(folder.file("token", "encrcdsa...."));
