@@ -18,4 +18,10 @@ void preparePDFReader();
 /// for `wantsText` alone. After preparePDFReader(), any thread.
 [[nodiscard]] std::optional<PDFDocumentProperties> readPDF(int descriptor, bool wantsText);
 
+/// The two ways that readPDF() has, the second one when the first gives nullopt. An excerpt
+/// (Excerpt.h) costs about as much however long the document is, and gives nullopt for short and
+/// for unusual ones. Both answer the same of documents that are not damaged.
+[[nodiscard]] std::optional<PDFDocumentProperties> readExcerptOfPDF(int descriptor, bool wantsText);
+[[nodiscard]] std::optional<PDFDocumentProperties> readWholePDF(int descriptor, bool wantsText);
+
 } // namespace platform::pdf
