@@ -147,12 +147,17 @@ mounts_as() {
     nothing_left
 }
 
+# two_volumes IMAGE: partitions "A" and "B".
+two_volumes() {
+    truncate -s 64M "$1"
+    printf 'label: gpt\nstart=2048, size=20480\nsize=20480\n' | sfdisk -q "$1"
+    mkfs.ext4 -q -L A -E offset=$((2048 * 512)) "$1" 10M
+    mkfs.ext4 -q -L B -E offset=$(((2048 + 20480) * 512)) "$1" 10M
+}
+
 @test "a busy volume is refused and stays whole" {
     needs_loop_devices
-    truncate -s 64M disk.img
-    printf 'label: gpt\nstart=2048, size=20480\nsize=20480\n' | sfdisk -q disk.img
-    mkfs.ext4 -q -L A -E offset=$((2048 * 512)) disk.img 10M
-    mkfs.ext4 -q -L B -E offset=$(((2048 + 20480) * 512)) disk.img 10M
+    two_volumes disk.img
     attach disk.img
     local first second
     first=$(mount_point 0)
@@ -199,14 +204,6 @@ mounts_as() {
     mountpoint -q "$(mount_point)"
     detaches "$(mount_point)"
     nothing_left
-}
-
-# two_volumes IMAGE: partitions "A" and "B".
-two_volumes() {
-    truncate -s 64M "$1"
-    printf 'label: gpt\nstart=2048, size=20480\nsize=20480\n' | sfdisk -q "$1"
-    mkfs.ext4 -q -L A -E offset=$((2048 * 512)) "$1" 10M
-    mkfs.ext4 -q -L B -E offset=$(((2048 + 20480) * 512)) "$1" 10M
 }
 
 @test "who has unmounted one volume of an image keeps the others" {
@@ -318,11 +315,6 @@ two_volumes() {
     nothing_left
 }
 
-# udif_of DISK IMAGE KIND [TABLES]
-udif_of() {
-    "$MAKE_UDIF" "$@"
-}
-
 @test "UDIF images of every kind are expanded, and the disk is gone when they are detached" {
     needs_loop_devices
     make_tree
@@ -330,7 +322,7 @@ udif_of() {
     mkfs.ext4 -q -L "In a dmg" -d tree fs.img
     local kind
     for kind in raw zlib bzip2 lzma adc; do
-        udif_of fs.img "$kind.dmg" "$kind" 3
+        "$MAKE_UDIF" fs.img "$kind.dmg" "$kind" 3
         attach "$kind.dmg"
         succeeds
         cmp -n 8388608 fs.img "$XDG_CACHE_HOME"/quillmere/disks/*.disk
@@ -345,7 +337,7 @@ udif_of() {
     truncate -s 32M disk.img
     printf 'label: gpt\nsize=20480\nsize=20480\n' | sfdisk -q disk.img
     mkfs.ext4 -q -L Parted -d tree -E offset=$((2048 * 512)) disk.img 10M
-    udif_of disk.img x.dmg zlib
+    "$MAKE_UDIF" disk.img x.dmg zlib
     mounts_as x.dmg tree
 }
 
@@ -372,7 +364,7 @@ plistlib.dump({"diskimage-bundle-type": "com.apple.diskimage.sparsebundle", "ban
     make_tree
     truncate -s 8M fs.img
     mkfs.ext4 -q -d tree fs.img
-    udif_of fs.img x.dmg zlib
+    "$MAKE_UDIF" fs.img x.dmg zlib
     python3 - <<'END'
 data = bytearray(open("x.dmg", "rb").read())
 for offset in range(3000, 200000, 997):
@@ -459,7 +451,7 @@ END
     make_tree
     truncate -s 8M fs.img
     mkfs.ext4 -q -L "End to end" -d tree fs.img
-    udif_of fs.img "an image.dmg" zlib
+    "$MAKE_UDIF" fs.img "an image.dmg" zlib
     capture "$MOUNT_IMAGE" "$box/an image.dmg"
     succeeds
     local point="$XDG_RUNTIME_DIR/quillmere/volumes/End to end"
