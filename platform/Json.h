@@ -10,7 +10,7 @@
 
 namespace platform {
 
-/// A JSON value (RFC 8259) whose objects keep their members in the order of insertion.
+/// A JSON value (RFC 8259) whose objects keep their members in the order of insertion. Any thread.
 class Json {
 public:
     using Array = std::vector<Json>;                          ///< in order

@@ -143,6 +143,14 @@ two_volumes() {
     nothing_left
 }
 
+# two_volumes IMAGE: partitions "A" and "B".
+two_volumes() {
+    truncate -s 64M "$1"
+    printf 'label: gpt\nstart=2048, size=20480\nsize=20480\n' | sfdisk -q "$1"
+    mkfs.ext4 -q -L A -E offset=$((2048 * 512)) "$1" 10M
+    mkfs.ext4 -q -L B -E offset=$(((2048 + 20480) * 512)) "$1" 10M
+}
+
 @test "a busy volume is refused and stays whole" {
     needs_loop_devices
     two_volumes disk.img

@@ -111,6 +111,10 @@ std::string identifierOf(const std::string& image) {
     return Digest::hexString(digest.finish());
 }
 
+Descriptor openedFile(const std::string& path, int flags) {
+    return Descriptor(::open(path.c_str(), flags | O_CLOEXEC | O_NOFOLLOW, privateMode));
+}
+
 } // namespace
 
 PropertyList AttachRecord::asPropertyList() const {
@@ -152,28 +156,16 @@ std::optional<AttachRecords> AttachRecords::open() {
     if (!folder) {
         return std::nullopt;
     }
-    const int lock =
-        ::open((*folder + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, privateMode);
-    if (lock < 0) {
+    Descriptor lock = openedFile(*folder + "/lock", O_RDWR | O_CREAT);
+    if (lock.number() < 0) {
         return std::nullopt;
     }
-    while (::flock(lock, LOCK_EX) != 0) {
+    while (::flock(lock.number(), LOCK_EX) != 0) {
         if (errno != EINTR) {
-            ::close(lock);
             return std::nullopt;
         }
     }
-    return AttachRecords(*folder, lock);
-}
-
-AttachRecords::AttachRecords(AttachRecords&& other) noexcept
-    : m_folder(std::move(other.m_folder))
-    , m_lock(std::exchange(other.m_lock, -1)) {}
-
-AttachRecords::~AttachRecords() {
-    if (m_lock >= 0) {
-        ::close(m_lock);
-    }
+    return AttachRecords(*folder, std::move(lock));
 }
 
 std::vector<AttachRecord> AttachRecords::all() const {
@@ -196,16 +188,13 @@ std::vector<AttachRecord> AttachRecords::all() const {
 bool AttachRecords::store(const AttachRecord& record) const {
     const std::string path = pathOf(record);
     const std::string draft = path + ".draft";
-    const int descriptor =
-        ::open(draft.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, privateMode);
-    if (descriptor < 0) {
+    const Descriptor file = openedFile(draft, O_WRONLY | O_CREAT | O_TRUNC);
+    if (file.number() < 0) {
         return false;
     }
     const Data data = record.asPropertyList().serialized(PropertyList::Format::xml);
-    const bool isWritten =
-        !data.empty() && writeAt(descriptor, 0, data) && ::fsync(descriptor) == 0;
-    ::close(descriptor);
-    return isWritten && ::rename(draft.c_str(), path.c_str()) == 0;
+    return !data.empty() && writeAt(file.number(), 0, data) && ::fsync(file.number()) == 0 &&
+           ::rename(draft.c_str(), path.c_str()) == 0;
 }
 
 void AttachRecords::remove(const AttachRecord& record) const {

@@ -2,10 +2,12 @@
 #pragma once
 
 #include "platform/PropertyList.h"
+#include "platform/linux/Descriptor.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace platform::hdiutil {
@@ -57,12 +59,6 @@ public:
     /// Waits for its turn. nullopt, with errno set, when there is no folder for records.
     [[nodiscard]] static std::optional<AttachRecords> open();
 
-    AttachRecords(AttachRecords&& other) noexcept;
-    AttachRecords& operator=(AttachRecords&&) = delete;
-    AttachRecords(const AttachRecords&) = delete;
-    AttachRecords& operator=(const AttachRecords&) = delete;
-    ~AttachRecords();
-
     /// All of them; damaged files are left out.
     [[nodiscard]] std::vector<AttachRecord> all() const;
 
@@ -74,14 +70,14 @@ public:
     void remove(const AttachRecord& record) const;
 
 private:
-    AttachRecords(std::string folder, int lock)
+    AttachRecords(std::string folder, Descriptor lock)
         : m_folder(std::move(folder))
-        , m_lock(lock) {}
+        , m_lock(std::move(lock)) {}
 
     [[nodiscard]] std::string pathOf(const AttachRecord& record) const;
 
     std::string m_folder;
-    int m_lock;
+    Descriptor m_lock;
 };
 
 } // namespace platform::hdiutil

@@ -150,7 +150,7 @@ bool unmountHere(const MountedVolume& volume) {
                                                run("fusermount3", {"-u", volume.mountPoint}))) {
         return true;
     }
-    // The program that unmounts for users keeps the reason to itself. There is only this one.
+    // The program that unmounts for users keeps the reason to itself: the volume is in use.
     errno = volume.method == MountMethod::fuse && reason == EPERM ? EBUSY : reason;
     return false;
 }

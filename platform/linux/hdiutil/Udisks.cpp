@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/hdiutil/Udisks.h"
 
+#include "platform/linux/Descriptor.h"
 #include "platform/linux/hdiutil/LoopTable.h"
 
 #include <algorithm>
@@ -11,7 +12,6 @@
 #include <vector>
 
 #include <fcntl.h>
-#include <unistd.h>
 
 namespace platform::hdiutil {
 namespace {
@@ -114,9 +114,9 @@ Udisks* Udisks::shared() {
 
 std::optional<std::string> Udisks::addLoop(const std::string& file, std::uint64_t offset,
                                            std::uint64_t length, bool isReadOnly) {
-    const int descriptor =
-        ::open(file.c_str(), (isReadOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC | O_NOCTTY);
-    if (descriptor < 0) {
+    const Descriptor opened(
+        ::open(file.c_str(), (isReadOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC | O_NOCTTY));
+    if (opened.number() < 0) {
         return std::nullopt;
     }
     auto options = withoutQuestions();
@@ -124,9 +124,8 @@ std::optional<std::string> Udisks::addLoop(const std::string& file, std::uint64_
     options.push_back({"size", length});
     options.push_back({"read-only", isReadOnly});
     options.push_back({"no-part-scan", true});
-    const BusReply reply = call(std::string(managerPath), managerInterface, "LoopSetup", descriptor,
-                                std::move(options));
-    ::close(descriptor);
+    const BusReply reply = call(std::string(managerPath), managerInterface, "LoopSetup",
+                                opened.number(), std::move(options));
     auto device = reply.isPath && reply.text ? loopDeviceOf(*reply.text) : std::nullopt;
     if (!device) {
         setErrno(reply);
@@ -169,24 +168,24 @@ BusReply Udisks::call(const std::string& path, std::string_view interface, std::
                       std::optional<int> descriptor, std::vector<BusOption> options) {
     BusReply none;
     none.errorName = "timeout";
-    if (isSilent) {
+    if (m_isSilent) {
         return none;
     }
-    auto result = bus.call({.destination = std::string(serviceName),
-                            .path = path,
-                            .interface = std::string(interface),
-                            .member = std::string(member),
-                            .startsDestination = true,
-                            .text = std::nullopt,
-                            .descriptor = descriptor,
-                            .options = std::move(options)},
-                           Clock::now() + patience);
+    auto result = m_bus.call({.destination = std::string(serviceName),
+                              .path = path,
+                              .interface = std::string(interface),
+                              .member = std::string(member),
+                              .startsDestination = true,
+                              .text = std::nullopt,
+                              .descriptor = descriptor,
+                              .options = std::move(options)},
+                             Clock::now() + patience);
     if (auto* reply = std::get_if<BusReply>(&result)) {
         return std::move(*reply);
     }
     // Whoever waits for a disk waits once, not for each volume.
-    isSilent = std::holds_alternative<MessageBus::TimedOut>(result);
-    if (!isSilent) {
+    m_isSilent = std::holds_alternative<MessageBus::TimedOut>(result);
+    if (!m_isSilent) {
         none.errorName = "unreachable";
     }
     return none;
