@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/DesktopEntry.h"
 
+#include "platform/linux/TextPieces.h"
+
 #include <cstddef>
 #include <functional>
 #include <map>
@@ -24,9 +26,7 @@ std::optional<Values> readGroup(std::string_view text) {
     std::optional<Values> values;
     bool isInside = false;
     while (!text.empty()) {
-        const auto end = text.find('\n');
-        const std::string_view line = trimmed(text.substr(0, end));
-        text.remove_prefix(end == npos ? text.size() : end + 1);
+        const std::string_view line = trimmed(takePiece(text, '\n'));
         if (line.starts_with('[')) {
             isInside = line == "[Desktop Entry]";
             if (isInside && !values) {

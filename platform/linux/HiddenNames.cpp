@@ -3,6 +3,7 @@
 
 #include "platform/FileManager.h"
 #include "platform/linux/FileIdentity.h"
+#include "platform/linux/TextPieces.h"
 
 #include <cstddef>
 #include <optional>
@@ -16,16 +17,13 @@ constexpr std::size_t maximumSize = std::size_t{1} << 20;
 
 std::string contentsOf(const std::string& path) {
     const Data contents = FileManager::contentsAtPath(path, maximumSize).value_or(Data());
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
-    return {reinterpret_cast<const char*>(contents.data()), contents.size()};
+    return std::string(charactersOf(contents));
 }
 
 std::unordered_set<std::string> linesOf(std::string_view text) {
     std::unordered_set<std::string> lines;
     while (!text.empty()) {
-        const auto end = text.find('\n');
-        lines.emplace(text.substr(0, end));
-        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+        lines.emplace(takePiece(text, '\n'));
     }
     return lines;
 }

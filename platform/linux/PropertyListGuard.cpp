@@ -247,8 +247,7 @@ bool isSafeXML(DataView bytes) {
     if (bytes.size() > maximumSize || std::ranges::find(bytes, std::byte{0}) != bytes.end()) {
         return false;
     }
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
-    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    const std::string_view text = charactersOf(bytes);
     std::size_t depth = 0;
     std::size_t length = 0;
     for (auto at = text.find('<'); at != std::string_view::npos; at = text.find('<', at + length)) {

@@ -227,9 +227,7 @@ SearchScope localComputerScope() {
     constexpr std::size_t maximumTableSize = std::size_t{16} << 20;
     const Data table =
         FileManager::contentsAtPath("/proc/self/mountinfo", maximumTableSize).value_or(Data());
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
-    const std::string_view text(reinterpret_cast<const char*>(table.data()), table.size());
-    const std::vector<MountTable::Mount> mounts = MountTable::parse(text);
+    const std::vector<MountTable::Mount> mounts = MountTable::parse(charactersOf(table));
     std::vector<MountTable::Mount> reachable;
     std::ranges::copy_if(mounts, std::back_inserter(reachable), isReachable);
     return scopeOf(mounts, std::move(reachable));
