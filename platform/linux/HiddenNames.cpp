@@ -6,7 +6,6 @@
 
 #include <cstddef>
 #include <optional>
-#include <unordered_set>
 
 namespace platform {
 namespace {
@@ -20,16 +19,6 @@ std::string contentsOf(const std::string& path) {
     return {reinterpret_cast<const char*>(contents.data()), contents.size()};
 }
 
-std::unordered_set<std::string> linesOf(std::string_view text) {
-    std::unordered_set<std::string> lines;
-    while (!text.empty()) {
-        const auto end = text.find('\n');
-        lines.emplace(text.substr(0, end));
-        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-    }
-    return lines;
-}
-
 // The last list read: items are asked for folder by folder.
 struct Cache {
     std::string directory;
@@ -39,6 +28,16 @@ struct Cache {
 
 } // namespace
 
+std::unordered_set<std::string> namesInHiddenList(std::string_view text) {
+    std::unordered_set<std::string> names;
+    while (!text.empty()) {
+        const auto end = text.find('\n');
+        names.emplace(text.substr(0, end));
+        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    }
+    return names;
+}
+
 bool isListedAsHidden(const std::string& directory, std::string_view name) {
     thread_local Cache cache;
     const std::string path = directory + "/.hidden";
@@ -47,7 +46,7 @@ bool isListedAsHidden(const std::string& directory, std::string_view name) {
         return false;
     }
     if (cache.directory != directory || cache.identity != identity) {
-        cache = {directory, identity, linesOf(contentsOf(path))};
+        cache = {directory, identity, namesInHiddenList(contentsOf(path))};
     }
     return cache.names.contains(std::string(name));
 }
