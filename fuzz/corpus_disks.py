@@ -147,3 +147,25 @@ def progress(written=4096, size=1 << 20, image=b"/image.dmg"):
     start = struct.pack(">QQ", written, written ^ (2**64 - 1))
     description = b"qmexpan1" + struct.pack(">QQ", size, 12) + b"0" * 36 + b"s" * 32 + image
     return start + description + hashlib.sha256(description).digest()
+
+
+# Files in memory for DiskImageFuzzer.cpp: the pieces in their places, and zeros behind them.
+def raw(zeros, *pieces):
+    data = bytearray(max(offset + len(contents) for offset, contents in pieces))
+    for offset, contents in pieces:
+        data[offset:offset + len(contents)] = contents
+    return bytes([zeros]) + bytes(data)
+
+
+def bundle(start, *bands):
+    """A sparse bundle, as SparseBundleFuzzer.cpp takes it."""
+    for name, is_folder, contents in bands:
+        start += struct.pack("<B", len(name)) + name
+        start += struct.pack("<BH", is_folder, len(contents)) + contents
+    return start
+
+
+def bundle_info(**more):
+    info = xml({"diskimage-bundle-type": "com.apple.diskimage.sparsebundle",
+                **{name.replace("_", "-"): value for name, value in more.items()}})
+    return struct.pack("<BH", 0, len(info)) + info

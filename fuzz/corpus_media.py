@@ -23,6 +23,47 @@ MOVIE = atom(b"moov", atom(b"mvhd", bytes(12), struct.pack(">II", 1000, 1500), b
     atom(b"meta", bytes(4), atom(b"ilst", titled(b"\xa9ART", b"A"), titled(b"\xa9nam", b"T")))))
 KEYS = (atom(b"keys", struct.pack(">II", 0, 1), atom(b"mdta", b"com.apple.quicktime.title"))
         + atom(b"ilst", titled(b"\0\0\0\1", b"T")))
+
+
+def track(kind, head, entry):
+    """A track with two samples of four bytes behind a box "mdat" at the beginning of the file."""
+    samples = atom(b"stbl", atom(b"stsd", struct.pack(">II", 0, 1), entry),
+                   atom(b"stts", struct.pack(">IIII", 0, 1, 2, 40)),
+                   atom(b"stsc", struct.pack(">IIIII", 0, 1, 1, 2, 1)),
+                   atom(b"stsz", struct.pack(">III", 0, 4, 2)),
+                   atom(b"stco", struct.pack(">III", 0, 1, 24)))
+    matrix = struct.pack(">9I", 0, 2**16, 0, 2**32 - 2**16, 0, 0, 48 * 2**16, 0, 2**30)
+    return atom(b"trak", atom(b"tkhd", struct.pack(">IIIIII", 7, 0, 0, 1, 0, 80), bytes(16), matrix,
+                              struct.pack(">II", 64 * 2**16, 48 * 2**16)),
+                atom(b"mdia", atom(b"mdhd", struct.pack(">IIIIII", 0, 0, 0, 1000, 80, 0)),
+                     atom(b"hdlr", bytes(8), kind, bytes(13)), atom(b"minf", head, samples)))
+
+
+def film(picture, sound):
+    seen = bytes(16) + struct.pack(">HHIIIH", 64, 48, 72 << 16, 72 << 16, 0, 1) + bytes(32)
+    heard = bytes(8) + struct.pack(">HHHHI", 2, 16, 0, 0, 44100 << 16)
+    reference = bytes(6) + b"\0\1"
+    description = b"\3\x19\0\1\0\4\x11\x40\x15" + bytes(11) + b"\5\2\x12\x10\6\1\2"
+    return (atom(b"ftyp", b"qt  ", bytes(4)) + atom(b"mdat", b"12345678") + atom(
+        b"moov", atom(b"mvhd", bytes(12), struct.pack(">II", 1000, 80), bytes(80)),
+        track(b"vide", atom(b"vmhd", bytes(12)),
+              atom(picture, reference, seen, b"\0\x18\xff\xff",
+                   atom(b"pasp", struct.pack(">II", 4, 3)))),
+        track(b"soun", atom(b"smhd", bytes(8)),
+              atom(sound, reference, heard, atom(b"esds", bytes(4), description)))))
+
+
+def avi(codec, height):
+    def chunk(kind, data):
+        return struct.pack("<4sI", kind, len(data)) + data + bytes(len(data) % 2)
+    stream = b"vids" + codec + struct.pack("<10I4H", 0, 0, 0, 1, 25, 0, 2, 0, 0, 0, 0, 0, 64, height)
+    form = struct.pack("<IiiHH4sIiiII", 40, 64, height, 1, 16, codec, 0, 0, 0, 0, 0)
+    main = struct.pack("<14I", 40000, 0, 0, 0, 2, 0, 1, 0, 64, height, 0, 0, 0, 0)
+    head = chunk(b"LIST", b"hdrl" + chunk(b"avih", main) + chunk(
+        b"LIST", b"strl" + chunk(b"strh", stream) + chunk(b"strf", form)))
+    return chunk(b"RIFF", b"AVI " + head + chunk(b"LIST", b"movi" + 2 * chunk(b"00dc", b"1234")))
+
+
 FRAMES = b"ID3\3\0\0\0\0\0\x1aTIT2\0\0\0\2\0\0\0TTPE1\0\0\0\4\0\0\0A\0B"
 
 
@@ -78,6 +119,18 @@ PIXELS = tiff([(254, 4, 1, b"\0"), (256, 3, 1, b"\x0c"), (257, 3, 1, b"\x08"),
                (258, 3, 1, b"\x08"), (259, 3, 1, b"\1"), (262, 3, 1, b"\1"),
                (273, 4, 1, b"\x08"), (278, 3, 1, b"\x08"), (279, 4, 1, b"\x60"),
                (330, 4, 1, struct.pack("<I", 8))])
+
+
+def raw_photo(*fields):
+    """A photograph as the sensor saw it, whose size stands only in its directory for cameras."""
+    def directory(place):
+        return tiff([(271, 2, 2, b"M"), (0x8769, 4, 1, struct.pack("<I", place)), *fields])
+    data = directory(len(directory(0)))
+    camera = [(40962, 4, 1, 4000), (40963, 4, 1, 3000)]
+    data += struct.pack("<H", len(camera)) + b"".join(struct.pack("<HHII", *f) for f in camera)
+    return data + bytes(4)
+
+
 VIEWS = tiff([(0xB001, 4, 1, b"\2"),
               (0xB002, 7, 32, struct.pack("<IIIIIIII", 0x20020002, 9, 0, 0, 0x020002, 9, 9, 0))])
 XMP = (b"<?xpacket begin=''?><x:xmpmeta><rdf:RDF><rdf:Description tiff:Make='a &amp; b' "

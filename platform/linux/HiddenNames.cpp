@@ -7,7 +7,6 @@
 
 #include <cstddef>
 #include <optional>
-#include <unordered_set>
 
 namespace platform {
 namespace {
@@ -20,14 +19,6 @@ std::string contentsOf(const std::string& path) {
     return std::string(charactersOf(contents));
 }
 
-std::unordered_set<std::string> linesOf(std::string_view text) {
-    std::unordered_set<std::string> lines;
-    while (!text.empty()) {
-        lines.emplace(takePiece(text, '\n'));
-    }
-    return lines;
-}
-
 // The last list read: items are asked for folder by folder.
 struct Cache {
     std::string directory;
@@ -37,6 +28,14 @@ struct Cache {
 
 } // namespace
 
+std::unordered_set<std::string> namesInHiddenList(std::string_view text) {
+    std::unordered_set<std::string> names;
+    while (!text.empty()) {
+        names.emplace(takePiece(text, '\n'));
+    }
+    return names;
+}
+
 bool isListedAsHidden(const std::string& directory, std::string_view name) {
     thread_local Cache cache;
     const std::string path = directory + "/.hidden";
@@ -45,7 +44,7 @@ bool isListedAsHidden(const std::string& directory, std::string_view name) {
         return false;
     }
     if (cache.directory != directory || cache.identity != identity) {
-        cache = {directory, identity, linesOf(contentsOf(path))};
+        cache = {directory, identity, namesInHiddenList(contentsOf(path))};
     }
     return cache.names.contains(std::string(name));
 }

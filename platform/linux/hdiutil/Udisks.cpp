@@ -3,8 +3,8 @@
 
 #include "platform/linux/Descriptor.h"
 #include "platform/linux/hdiutil/LoopTable.h"
+#include "platform/linux/hdiutil/UdisksPaths.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <string_view>
 #include <thread>
@@ -30,47 +30,6 @@ constexpr std::string_view managerPath = "/org/freedesktop/UDisks2/Manager";
 constexpr std::string_view managerInterface = "org.freedesktop.UDisks2.Manager";
 constexpr std::string_view loopInterface = "org.freedesktop.UDisks2.Loop";
 constexpr std::string_view fileSystemInterface = "org.freedesktop.UDisks2.Filesystem";
-constexpr std::string_view devicesPath = "/org/freedesktop/UDisks2/block_devices/";
-constexpr std::string_view devicesFolder = "/dev/";
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-bool isLetterOrDigit(char c) {
-    return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-// Object paths have letters, digits and "_" only; the service writes others as "_" and two
-// hexadecimal digits.
-std::string objectPathOf(std::string_view device) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string path(devicesPath);
-    device.remove_prefix(device.starts_with(devicesFolder) ? devicesFolder.size() : 0);
-    for (const char c : device) {
-        if (isLetterOrDigit(c)) {
-            path.push_back(c);
-        } else {
-            const auto byte = static_cast<unsigned char>(c);
-            path.append({'_', digits.at(byte >> 4U), digits.at(byte & 0xFU)});
-        }
-    }
-    return path;
-}
-
-// "/dev/loop7" for the object of a loop device, and only for one.
-std::optional<std::string> loopDeviceOf(std::string_view objectPath) {
-    if (!objectPath.starts_with(devicesPath)) {
-        return std::nullopt;
-    }
-    const std::string_view name = objectPath.substr(devicesPath.size());
-    constexpr std::string_view prefix = "loop";
-    if (!name.starts_with(prefix) || name.size() == prefix.size() ||
-        !std::ranges::all_of(name.substr(prefix.size()), isDigit)) {
-        return std::nullopt;
-    }
-    return std::string(devicesFolder).append(name);
-}
 
 bool isPlain(const BusReply& reply) {
     return reply.errorName.empty();
