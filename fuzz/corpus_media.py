@@ -186,6 +186,31 @@ def pdf_stream(data, entries=b""):
     return b"<<%s/Length %d>>stream\n%s\nendstream" % (entries, len(data), data)
 
 
+def pdf_with_table(objects, trailer, packed=False):
+    """What stands behind a header of nine bytes, with a table of the objects in one form or the
+    other. The second object is packed into the third where that is asked for."""
+    text, places = b"", []
+    for number, value in enumerate(objects, 1):
+        places.append(9 + len(text))
+        text += b"%d 0 obj\n%s\nendobj\n" % (number, value)
+    start, size = 9 + len(text), len(objects) + 1
+    if packed:
+        entries = [(0, 0, 0)] + [(1, place, 0) for place in places] + [(1, start, 0)]
+        entries[2] = (2, 3, 0)
+        rows = [struct.pack(">BIB", *entry) for entry in entries]
+        above = [bytes(6), *rows]
+        table = b"".join(b"\2" + bytes((one - other) & 255 for one, other in zip(row, before))
+                         for row, before in zip(rows, above))
+        text += b"%d 0 obj\n" % size + pdf_stream(zlib.compress(table), (
+            b"/Type/XRef/Filter/FlateDecode/DecodeParms<</Predictor 12/Columns 6>>/W[1 4 1]/Size %d"
+            % (size + 1)) + trailer) + b"\nendobj\n"
+    else:
+        text += b"xref\n0 %d\n0000000000 65535 f \n" % size + b"".join(
+            b"%010d 00000 n \n" % place for place in places)
+        text += b"trailer\n<</Size %d%s>>\n" % (size, trailer)
+    return text + b"startxref\n%d\n%%%%EOF\n" % start
+
+
 PDF_ROOT = [b"<</Type/Catalog/Pages 2 0 R/Version/1.7>>", b"<</Type/Pages/Count 1/Kids[3 0 R]>>"]
 PDF_PAGE = (b"<</Type/Page/Contents 4 0 R/Resources<</Font<</F 5 0 R>>/XObject<</X 6 0 R>>>>"
             b"/MediaBox[0 0 9 9]>>")

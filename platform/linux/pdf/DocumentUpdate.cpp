@@ -30,16 +30,26 @@ void DocumentUpdate::write(Reference object, std::string_view value) {
     }
 }
 
+std::uint64_t DocumentUpdate::endOfNumbers() const {
+    return m_numbers.empty() ? 0 : std::uint64_t{*m_numbers.rbegin()} + 1;
+}
+
 std::string DocumentUpdate::finish(std::uint64_t previous, std::string_view trailer) {
+    const std::uint64_t end = endOfNumbers();
+    const std::uint64_t between = m_fileSize + m_text.size();
+    m_text += platform::format("xref\n{} 1\n0000000000 65535 f \n", end);
+    writeTrailer(end + 1, previous, "");
     const std::uint64_t table = m_fileSize + m_text.size();
-    // Readers keep room for all objects below this number.
-    const std::uint64_t end = m_numbers.empty() ? 0 : std::uint64_t{*m_numbers.rbegin()} + 1;
     m_text += "xref\n";
     writeTable();
-    m_text += platform::format("trailer\n<</Size {}/Prev {}", end, previous);
-    m_text.append(trailer);
-    m_text += platform::format(">>\nstartxref\n{}\n%%EOF\n", table);
+    writeTrailer(end, between, trailer);
+    m_text += platform::format("startxref\n{}\n%%EOF\n", table);
     return std::move(m_text);
+}
+
+void DocumentUpdate::writeTrailer(std::uint64_t size, std::uint64_t previous,
+                                  std::string_view entries) {
+    m_text += platform::format("trailer\n<</Size {}/Prev {}{}>>\n", size, previous, entries);
 }
 
 void DocumentUpdate::writeTable() {

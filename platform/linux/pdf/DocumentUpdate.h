@@ -20,13 +20,17 @@ public:
 
     [[nodiscard]] std::size_t size() const { return m_text.size(); }
     [[nodiscard]] std::size_t numberOfObjects() const { return m_objects.size(); }
+    /// The number behind the largest of an object.
+    [[nodiscard]] std::uint64_t endOfNumbers() const;
 
     /// Names an object that is at this offset in the file, of at most ten digits.
     void name(Reference object, std::uint64_t offset);
     /// Writes an object.
     void write(Reference object, std::string_view value);
-    /// The update with its table, which refers to an older one at the offset `previous` and has the
-    /// rest of its trailer from `trailer`.
+    /// The update with its table, which has `trailer` in its trailer. Another table comes between it
+    /// and an older one at the offset `previous`. It has nothing but a free entry for
+    /// endOfNumbers(): a reader has room for more numbers than that as soon as it has read it, which
+    /// means that it missed something.
     [[nodiscard]] std::string finish(std::uint64_t previous, std::string_view trailer);
 
 private:
@@ -36,6 +40,7 @@ private:
     };
 
     void writeTable();
+    void writeTrailer(std::uint64_t size, std::uint64_t previous, std::string_view entries);
 
     std::uint64_t m_fileSize;
     std::string m_text;

@@ -12,13 +12,10 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// Shorter documents are read as fast as an excerpt is made.
-constexpr std::uint64_t fewObjects = 200;
-constexpr std::uint64_t smallFile = 16U << 10U;
 constexpr std::uint64_t mostObjects = 8U << 20U;
 // What an offset in a table can be.
 constexpr std::uint64_t largestFile = 9'000'000'000;
-// What a page refers to. That it needs more is unlikely, and then the document's own table is read.
+// A page with more is better left to the document's own table.
 constexpr std::size_t mostShown = 500;
 constexpr std::size_t largestUpdate = std::size_t{8} << 20U;
 // Bytes of a list that is read as fast as it is cut down.
@@ -55,10 +52,10 @@ public:
         , m_values(file, table)
         , m_update(file.size()) {}
 
-    std::optional<Excerpt> make(bool wantsText) {
+    std::optional<Excerpt> make(bool wantsText, std::uint64_t fewestObjects) {
         const auto trailer = Dictionary::of(m_table.trailer());
         const auto count = trailer ? integerOf((*trailer)["/Size"]) : std::nullopt;
-        if (!count || *count < fewObjects || *count > mostObjects) {
+        if (!count || *count < fewestObjects || *count > mostObjects) {
             return std::nullopt;
         }
         m_isEncrypted = !(*trailer)["/Encrypt"].empty();
@@ -75,7 +72,8 @@ public:
         if (!m_isGood || m_update.size() > largestUpdate) {
             return std::nullopt;
         }
-        return Excerpt{m_update.finish(m_table.start(), entries), *count, m_numberOfChildren};
+        const std::uint64_t end = m_update.endOfNumbers();
+        return Excerpt{m_update.finish(m_table.start(), entries), end, *count, m_numberOfChildren};
     }
 
 private:
@@ -224,14 +222,15 @@ private:
 
 } // namespace
 
-std::optional<Excerpt> excerptOf(int descriptor, std::uint64_t size, bool wantsText) {
+std::optional<Excerpt> excerptOf(int descriptor, std::uint64_t size, bool wantsText,
+                                 std::uint64_t fewestObjects) {
     FileBytes file(descriptor, size);
     FileBytes tableBytes(descriptor, size); // so that what was read for one is not lost by the other
-    if (size < smallFile || size > largestFile || !file.at(0, 5).starts_with("%PDF-"sv)) {
+    if (size > largestFile || !file.at(0, 5).starts_with("%PDF-"sv)) {
         return std::nullopt;
     }
     auto table = ObjectTable::of(tableBytes);
-    return table ? ExcerptMaker(file, *table).make(wantsText) : std::nullopt;
+    return table ? ExcerptMaker(file, *table).make(wantsText, fewestObjects) : std::nullopt;
 }
 
 } // namespace platform::pdf

@@ -9,6 +9,7 @@
 #include "platform/linux/pdf/PageTree.h"
 #include "platform/linux/pdf/TextString.h"
 
+#include <algorithm>
 #include <array>
 #include <exception>
 #include <new>
@@ -114,9 +115,16 @@ std::optional<PDFDocumentProperties> readWhole(const DocumentFile& file, bool wa
     return propertiesOf(document, nullptr, file.header, wantsText);
 }
 
-std::optional<PDFDocumentProperties> readExcerpt(const DocumentFile& file, bool wantsText) {
-    const auto excerpt =
-        excerptOf(file.descriptor, static_cast<std::uint64_t>(file.size), wantsText);
+// Whether everything that was looked up in the excerpt is in it.
+bool isComplete(PDFDoc& document, const Excerpt& excerpt) {
+    const auto room = static_cast<std::uint64_t>(std::max(document.getXRef()->getNumObjects(), 0));
+    return room <= excerpt.endOfNumbers;
+}
+
+std::optional<PDFDocumentProperties> readExcerpt(const DocumentFile& file, bool wantsText,
+                                                 std::uint64_t fewestObjects) {
+    const auto excerpt = excerptOf(file.descriptor, static_cast<std::uint64_t>(file.size),
+                                   wantsText, fewestObjects);
     if (!excerpt) {
         return std::nullopt;
     }
@@ -125,18 +133,18 @@ std::optional<PDFDocumentProperties> readExcerpt(const DocumentFile& file, bool 
     PDFDoc document(new DocumentStream(file.descriptor, file.size, excerpt->update), {}, {}, nullptr,
                     [&isRepaired] { isRepaired = true; });
     auto properties = propertiesOf(document, &*excerpt, file.header, wantsText);
-    return isRepaired ? std::nullopt : properties;
+    return properties && !isRepaired && isComplete(document, *excerpt) ? properties : std::nullopt;
 }
 
 // Answers nothing where `read` throws, which it does for want of memory.
 template <class Read>
-std::optional<PDFDocumentProperties> readWith(const Read& read, int descriptor, bool wantsText) {
+std::optional<PDFDocumentProperties> readWith(const Read& read, int descriptor) {
     const auto file = documentFile(descriptor);
     if (!file) {
         return std::nullopt;
     }
     try {
-        return read(*file, wantsText);
+        return read(*file);
     } catch (const std::exception&) {
         return std::nullopt;
     }
@@ -155,12 +163,16 @@ std::optional<PDFDocumentProperties> readPDF(int descriptor, bool wantsText) {
     return properties ? properties : readWholePDF(descriptor, wantsText);
 }
 
-std::optional<PDFDocumentProperties> readExcerptOfPDF(int descriptor, bool wantsText) {
-    return readWith(readExcerpt, descriptor, wantsText);
+std::optional<PDFDocumentProperties> readExcerptOfPDF(int descriptor, bool wantsText,
+                                                      std::uint64_t fewestObjects) {
+    return readWith(
+        [&](const DocumentFile& file) { return readExcerpt(file, wantsText, fewestObjects); },
+        descriptor);
 }
 
 std::optional<PDFDocumentProperties> readWholePDF(int descriptor, bool wantsText) {
-    return readWith(readWhole, descriptor, wantsText);
+    return readWith([&](const DocumentFile& file) { return readWhole(file, wantsText); },
+                    descriptor);
 }
 
 } // namespace platform::pdf

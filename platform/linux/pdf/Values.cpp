@@ -25,6 +25,17 @@ bool isDelimiter(char byte) {
     return "()<>[]{}/%"sv.find(byte) != std::string_view::npos;
 }
 
+// Answers how many there were.
+template <class Test>
+std::size_t skipWhile(const Test& test, std::string_view& text) {
+    std::size_t count = 0;
+    while (count < text.size() && test(text[count])) {
+        ++count;
+    }
+    text.remove_prefix(count);
+    return count;
+}
+
 void skipBlanks(std::string_view& text) {
     while (!text.empty() && (isBlank(text[0]) || text[0] == '%')) {
         std::size_t end = 1;
@@ -99,14 +110,20 @@ private:
     std::size_t m_count = 0;
 };
 
+// Whether there is nothing but references. All bytes are looked at, many at once.
+bool looksLikeReferences(std::string_view text) {
+    unsigned others = 0;
+    for (const char byte : text) {
+        const bool isGood = isDigit(byte) || byte == ' ' || byte == '\n' || byte == 'R';
+        others |= isGood ? 0U : 1U;
+    }
+    return others == 0;
+}
+
 // Many pages are listed as many references, which need not be told apart to pass them.
 void skipReferences(std::string_view& text) {
-    const auto* const end = std::ranges::find_if(text, [](char byte) {
-        return !isDigit(byte) && byte != ' ' && byte != '\n' && byte != 'R';
-    });
-    if (end == text.end() || *end == ']') {
-        text = {end, text.end()};
-    }
+    const std::string_view list = text.substr(0, text.find(']'));
+    text.remove_prefix(looksLikeReferences(list) ? list.size() : 0);
 }
 
 // Behind the number that was taken: the rest of a reference, if it is one; nullopt when the text
@@ -127,38 +144,6 @@ std::optional<bool> takeReferenceEnd(std::string_view& text) {
     const bool isReference = mark && *mark == "R"sv;
     text = isReference ? rest : text;
     return isReference;
-}
-
-enum class Part : std::uint8_t { between, number, behindNumber, generation, behindGeneration, end };
-
-std::optional<Part> partBehindDigit(Part part) {
-    switch (part) {
-    case Part::between:
-    case Part::number: return Part::number;
-    case Part::behindNumber:
-    case Part::generation: return Part::generation;
-    default: return std::nullopt;
-    }
-}
-
-Part partBehindBlank(Part part) {
-    switch (part) {
-    case Part::number: return Part::behindNumber;
-    case Part::generation: return Part::behindGeneration;
-    case Part::end: return Part::between;
-    default: return part;
-    }
-}
-
-// The part that a character leads to; nullopt where it cannot stand.
-std::optional<Part> partBehind(Part part, char byte) {
-    if (isDigit(byte)) {
-        return partBehindDigit(part);
-    }
-    if (isBlank(byte)) {
-        return partBehindBlank(part);
-    }
-    return byte == 'R' && part == Part::behindGeneration ? std::optional(Part::end) : std::nullopt;
 }
 
 } // namespace
@@ -219,23 +204,25 @@ bool isDictionary(std::string_view value) {
 }
 
 std::optional<std::uint64_t> countOfReferences(std::string_view array) {
+    constexpr auto end = " 0 R"sv;
     constexpr std::size_t mostDigits = 9;
-    if (array.size() < 2 || !isArray(array) || !array.ends_with(']')) {
+    if (array.size() < 2 || !isArray(array)) {
         return std::nullopt;
     }
+    std::string_view rest = array.substr(1, array.size() - 2);
     std::uint64_t count = 0;
-    std::size_t digits = 0;
-    Part part = Part::between;
-    for (const char byte : array.substr(1, array.size() - 2)) {
-        const auto next = partBehind(part, byte);
-        digits = isDigit(byte) ? digits + 1 : 0;
-        if (!next || digits > mostDigits) {
+    for (skipWhile(isBlank, rest); !rest.empty(); skipWhile(isBlank, rest)) {
+        const std::size_t digits = skipWhile(isDigit, rest);
+        if (digits == 0 || digits > mostDigits || !rest.starts_with(end)) {
             return std::nullopt;
         }
-        part = *next;
-        count += part == Part::end ? 1 : 0;
+        rest.remove_prefix(end.size());
+        if (!rest.empty() && !isBlank(rest[0])) {
+            return std::nullopt;
+        }
+        ++count;
     }
-    return part == Part::between || part == Part::end ? std::optional(count) : std::nullopt;
+    return count;
 }
 
 ValueReader::ValueReader(std::string_view container)

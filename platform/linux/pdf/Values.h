@@ -33,7 +33,8 @@ struct Reference {
 [[nodiscard]] bool isArray(std::string_view value);
 [[nodiscard]] bool isDictionary(std::string_view value);
 
-/// How many references there are in an array of nothing else.
+/// How many references there are in an array of nothing else; nullopt for other values, and when
+/// one is not written as usual: nine digits at most, and the generation 0.
 [[nodiscard]] std::optional<std::uint64_t> countOfReferences(std::string_view array);
 
 /// Goes through the values in an array, or through keys and values of a dictionary, as returned by
