@@ -141,6 +141,9 @@ def inject(case, library, most):
         except subprocess.TimeoutExpired:
             complaints.append(f"{case.name}: {fault}: hangs")
             continue
+        except Exception as error:
+            error.add_note(f"{case.name}: {fault}")
+            raise
         if complaint := complaint_about(case, fault, outcome, right):
             complaints.append(f"{case.name}: {fault}: {complaint}: status {outcome.status}, "
                               f"{outcome.output[-300:]!r}, {outcome.errors[-300:]!r}, {outcome.state}")

@@ -45,6 +45,17 @@ bool mountInMemory(const std::string& path) {
     return ::mount("none", path.c_str(), "tmpfs", MS_NOSUID | MS_NODEV, nullptr) == 0;
 }
 
+// As it is left by a program for a file system that has crashed. False where there is no FUSE.
+bool mountWithoutProgram(const std::string& path) {
+    const int device = ::open("/dev/fuse", O_RDWR | O_CLOEXEC);
+    const std::string options =
+        "fd=" + std::to_string(device) + ",rootmode=40000,user_id=0,group_id=0";
+    const bool isMounted = device >= 0 && ::mount("none", path.c_str(), "fuse",
+                                                  MS_NOSUID | MS_NODEV, options.c_str()) == 0;
+    ::close(device);
+    return isMounted;
+}
+
 // Keeps a volume from being unmounted.
 class OpenFolder {
 public:
@@ -184,6 +195,19 @@ TEST_F(UndoWholly, KeepsCopiesUntilNothingCanBeRefused) {
     }
     EXPECT_TRUE(undoWholly(record, *records));
     EXPECT_FALSE(exists(copy));
+    expectGone();
+}
+
+TEST_F(UndoWholly, TakesBackVolumesThatCanNoLongerBeLookedAt) {
+    const std::string place = folder.folder("dead");
+    if (!mountWithoutProgram(place)) {
+        GTEST_SKIP() << "no FUSE here";
+    }
+    record.volumes.push_back({place, MountMethod::fuse});
+    ASSERT_TRUE(records->store(record));
+    EXPECT_TRUE(undoWholly(record, *records));
+    EXPECT_FALSE(isMounted(place));
+    EXPECT_FALSE(exists(place));
     expectGone();
 }
 

@@ -188,6 +188,19 @@ bool unmountByService(const ServiceDevice& device) {
                                });
 }
 
+// nullopt where the system does not tell, as of a mount whose program has ended.
+std::optional<bool> lookForMount(const std::string& path) {
+    struct stat status {};
+    struct stat parent {};
+    if (::lstat(path.c_str(), &status) != 0) {
+        return errno == ENOENT || errno == ENOTDIR ? std::optional(false) : std::nullopt;
+    }
+    if (::lstat((path + "/..").c_str(), &parent) != 0) {
+        return std::nullopt;
+    }
+    return status.st_dev != parent.st_dev || status.st_ino == parent.st_ino;
+}
+
 } // namespace
 
 bool mountByService(const VolumeInFile& volume, MountedVolume& target,
@@ -232,10 +245,11 @@ std::optional<std::string> mountVolume(const VolumeInFile& volume, MountedVolume
 }
 
 bool isMountPoint(const std::string& path) {
-    struct stat status {};
-    struct stat parent {};
-    return ::lstat(path.c_str(), &status) == 0 && ::lstat((path + "/..").c_str(), &parent) == 0 &&
-           (status.st_dev != parent.st_dev || status.st_ino == parent.st_ino);
+    return lookForMount(path).value_or(false);
+}
+
+bool mayBeMountPoint(const std::string& path) {
+    return lookForMount(path).value_or(true);
 }
 
 bool isThere(const MountedVolume& volume) {
@@ -261,7 +275,7 @@ bool unmountVolume(const MountedVolume& volume) {
     if (volume.method == MountMethod::service) {
         return unmountByService(volume.device);
     }
-    if (isMountPoint(volume.mountPoint) && !unmountHere(volume)) {
+    if (mayBeMountPoint(volume.mountPoint) && !unmountHere(volume)) {
         return false;
     }
     return ::rmdir(volume.mountPoint.c_str()) == 0 || errno == ENOENT;

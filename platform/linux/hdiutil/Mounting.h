@@ -36,8 +36,11 @@ mountVolume(const VolumeInFile& volume, MountedVolume& target, const std::functi
 [[nodiscard]] bool mountByService(const VolumeInFile& volume, MountedVolume& target,
                                   const std::function<bool()>& note);
 
-/// Whether something is mounted at `path`.
+/// Whether something is mounted at `path`, as far as the system tells.
 [[nodiscard]] bool isMountPoint(const std::string& path);
+/// The same, but true also where the system does not tell: what is to go has to be unmounted then,
+/// and nothing may be mounted over it.
+[[nodiscard]] bool mayBeMountPoint(const std::string& path);
 
 /// Whether a volume is still where it was mounted.
 [[nodiscard]] bool isThere(const MountedVolume& volume);

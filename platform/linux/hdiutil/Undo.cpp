@@ -25,7 +25,7 @@ struct TakenVolume {
 // Does nothing when it is still there, being the one that was refused.
 void putBack(AttachRecord& record, const TakenVolume& taken) {
     const MountedVolume& volume = record.volumes.at(taken.number);
-    if (isMountPoint(volume.mountPoint)) {
+    if (mayBeMountPoint(volume.mountPoint)) {
         return;
     }
     const bool isOurFolder = volume.method != MountMethod::service;

@@ -1,0 +1,16 @@
+#!/usr/bin/env bats
+# SPDX-License-Identifier: Apache-2.0
+# Calls of the system fail in the disk-image tool. As root, with loop devices.
+
+load faults
+load ../cli/images
+
+@test "whatever fails, an image is attached or not, and the next call leaves nothing behind" {
+    needs_loop_devices
+    mkdir tree
+    printf 'three words here\n' >tree/f
+    truncate -s 4M disk
+    mkfs.ext4 -q -L Disk -d tree disk
+    "$MAKE_UDIF" disk disk.dmg zlib
+    inject attaching
+}
