@@ -38,8 +38,8 @@ void checkUpdate(const std::string& bytes, const Excerpt& excerpt) {
     const auto place = integerOf(takeToken(rest).value_or(""));
     require(place && *place > bytes.size());
     const auto section = TableSection::at(reader, *place);
-    require(section && integerOf((*Dictionary::of(section->trailer()))["/Size"]) ==
-                           excerpt.endOfNumbers);
+    require(section &&
+            integerOf((*Dictionary::of(section->trailer()))["/Size"]) == excerpt.endOfNumbers);
     const auto last = section->find(reader, static_cast<std::uint32_t>(excerpt.endOfNumbers - 1));
     require(last && last->kind == Place::Kind::plain && last->offset < whole.size());
 }

@@ -40,14 +40,12 @@ std::uint64_t bytesRead() {
 
 // What is damaged, encrypted in streams or otherwise unusual.
 const std::set<std::string> withoutExcerpt{
-    "count-far-too-high.pdf", "count-missing.pdf",    "count-negative.pdf",
-    "count-text.pdf",         "count-too-high.pdf",   "count-too-low.pdf",
-    "cut-off.pdf",            "late-header.pdf",      "line-ends.pdf",
-    "locked-damaged.pdf",     "locked-streams.pdf",   "long-without-font.pdf",
-    "long-wrong-count.pdf",   "no-page.pdf",          "no-root.pdf",
-    "no-startxref.pdf",       "no-trailer.pdf",       "open-damaged.pdf",
-    "packed.pdf",             "parts.pdf",            "title-elsewhere.pdf",
-    "tree-with-loop.pdf",     "wrong-offsets.pdf",    "wrong-startxref.pdf"};
+    "count-far-too-high.pdf", "count-missing.pdf",  "count-negative.pdf", "count-text.pdf",
+    "count-too-high.pdf",     "count-too-low.pdf",  "cut-off.pdf",        "late-header.pdf",
+    "line-ends.pdf",          "locked-damaged.pdf", "locked-streams.pdf", "long-without-font.pdf",
+    "long-wrong-count.pdf",   "no-page.pdf",        "no-root.pdf",        "no-startxref.pdf",
+    "no-trailer.pdf",         "open-damaged.pdf",   "packed.pdf",         "parts.pdf",
+    "title-elsewhere.pdf",    "tree-with-loop.pdf", "wrong-offsets.pdf",  "wrong-startxref.pdf"};
 
 TEST(PDFExcerpt, TellsTheSameAsTheWholeOfEachSample) {
     for (const std::string& name : pdf_samples::names()) {
@@ -86,8 +84,7 @@ TEST(PDFExcerpt, IsNotMadeOfShortDocuments) {
 TEST(PDFExcerpt, KeepsTheNumberOfChildrenThatItDoesNotShow) {
     const std::string contents = contentsOf("long.pdf");
     const MemoryFile file(contents);
-    const auto excerpt =
-        platform::pdf::excerptOf(file.descriptor(), contents.size(), true, 0);
+    const auto excerpt = platform::pdf::excerptOf(file.descriptor(), contents.size(), true, 0);
     ASSERT_TRUE(excerpt);
     EXPECT_EQ(excerpt->numberOfChildren, 120U);
     EXPECT_EQ(excerpt->numberOfObjects, 245U);

@@ -38,9 +38,9 @@ TEST(PDFValues, AreTakenOneByOne) {
 }
 
 TEST(PDFValues, ThatDoNotEndOrDoNotFitAreNone) {
-    for (const char* text : {"", " ", "12", "12 0", "12 0 R", "/Name", "(a", "(a\\", "<0A", "[1 2",
-                             "[1 0 R 2", "<</A 1>", "[1>>", "<<]", "]", ">>", ">", ")", "{1}",
-                             "% note"}) {
+    for (const char* text : {"",     " ",   "12",   "12 0",     "12 0 R",  "/Name", "(a",
+                             "(a\\", "<0A", "[1 2", "[1 0 R 2", "<</A 1>", "[1>>",  "<<]",
+                             "]",    ">>",  ">",    ")",        "{1}",     "% note"}) {
         EXPECT_EQ(taken(text), "none") << text;
     }
     EXPECT_EQ(taken(std::string(32, '[') + std::string(32, ']')),

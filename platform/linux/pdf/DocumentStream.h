@@ -9,8 +9,8 @@
 namespace platform::pdf {
 
 /// A file as poppler reads it, by its descriptor, which nobody may close before; its position does
-/// not matter. poppler's own stream would close it. More bytes can seem to be at its end. One thread
-/// at a time.
+/// not matter. poppler's own stream would close it. More bytes can seem to be at its end. One
+/// thread at a time.
 class DocumentStream final : public BaseSeekInputStream {
 public:
     /// All of the file, which has `size` bytes, and `more`, which must outlive this.

@@ -27,10 +27,10 @@ public:
     void name(Reference object, std::uint64_t offset);
     /// Writes an object.
     void write(Reference object, std::string_view value);
-    /// The update with its table, which has `trailer` in its trailer. Another table comes between it
-    /// and an older one at the offset `previous`. It has nothing but a free entry for
-    /// endOfNumbers(): a reader has room for more numbers than that as soon as it has read it, which
-    /// means that it missed something.
+    /// The update with its table, which has `trailer` in its trailer. Another table comes between
+    /// it and an older one at the offset `previous`. It has nothing but a free entry for
+    /// endOfNumbers(): a reader has room for more numbers than that as soon as it has read it,
+    /// which means that it missed something.
     [[nodiscard]] std::string finish(std::uint64_t previous, std::string_view trailer);
 
 private:

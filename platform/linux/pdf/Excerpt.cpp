@@ -25,9 +25,9 @@ constexpr std::array soughtInTrailer{"/Root"sv, "/Info"sv, "/Encrypt"sv, "/ID"sv
 // What poppler looks up in catalogs when it opens a document.
 constexpr std::array soughtInCatalog{"/AcroForm"sv, "/URI"sv, "/Version"sv};
 // What leads away from a page, or has nothing to do with whether there is text on it.
-constexpr std::array detours{"/Annots"sv,    "/CharProcs"sv,      "/Metadata"sv, "/P"sv,
-                             "/Parent"sv,    "/PieceInfo"sv,      "/Pg"sv,
-                             "/StructTreeRoot"sv, "/Thumb"sv};
+constexpr std::array detours{"/Annots"sv, "/CharProcs"sv,      "/Metadata"sv,
+                             "/P"sv,      "/Parent"sv,         "/PieceInfo"sv,
+                             "/Pg"sv,     "/StructTreeRoot"sv, "/Thumb"sv};
 
 bool isIn(const auto& keys, std::string_view key) {
     return std::ranges::find(keys, key) != keys.end();
@@ -205,7 +205,8 @@ private:
     }
 
     void addFollowed() {
-        for (std::size_t next = 0; next < m_followed.size() && m_update.numberOfObjects() < mostShown; ++next) {
+        for (std::size_t next = 0;
+             next < m_followed.size() && m_update.numberOfObjects() < mostShown; ++next) {
             follow(add(std::string(m_followed[next])));
         }
     }
@@ -225,7 +226,8 @@ private:
 std::optional<Excerpt> excerptOf(int descriptor, std::uint64_t size, bool wantsText,
                                  std::uint64_t fewestObjects) {
     FileBytes file(descriptor, size);
-    FileBytes tableBytes(descriptor, size); // so that what was read for one is not lost by the other
+    FileBytes tableBytes(descriptor,
+                         size); // so that what was read for one is not lost by the other
     if (size > largestFile || !file.at(0, 5).starts_with("%PDF-"sv)) {
         return std::nullopt;
     }

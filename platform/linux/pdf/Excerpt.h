@@ -8,10 +8,10 @@
 namespace platform::pdf {
 
 /// What makes a long document a short one: an update of it (ISO 32000-2, 7.5.6) that is nowhere but
-/// in memory. Its table of objects names those that tell of the document and its first page. Readers
-/// look up objects in the newest table first, so they do not read the document's own, unless
-/// something is missing here. The tree of pages is cut down to the way to its first page where it
-/// lists many.
+/// in memory. Its table of objects names those that tell of the document and its first page.
+/// Readers look up objects in the newest table first, so they do not read the document's own,
+/// unless something is missing here. The tree of pages is cut down to the way to its first page
+/// where it lists many.
 struct Excerpt {
     std::string update; ///< is to be read behind the last byte of the file
     /// Readers who have room for as many objects, or for fewer, missed nothing.

@@ -22,8 +22,8 @@ std::string_view FileBytes::at(std::uint64_t offset, std::size_t size) {
 
 void FileBytes::readFrom(std::uint64_t offset, std::size_t size) {
     constexpr std::uint64_t block = 4096; // neighbours are often asked for next
-    size = static_cast<std::size_t>(
-        std::min(std::max<std::uint64_t>(size, block), m_size - offset));
+    size =
+        static_cast<std::size_t>(std::min(std::max<std::uint64_t>(size, block), m_size - offset));
     m_bytes.resize(size);
     m_bytes.resize(readAt(m_descriptor, offset, std::as_writable_bytes(std::span(m_bytes))));
     m_start = offset;

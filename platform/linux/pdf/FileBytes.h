@@ -21,8 +21,8 @@ public:
     /// The bytes from `offset` on: `size` of them, or what there is before the end of the file.
     /// They are there until the next call.
     [[nodiscard]] std::string_view at(std::uint64_t offset, std::size_t size);
-    /// The value (Values.h) from `offset` on, which is moved behind it; it is there as long. nullopt
-    /// when it is damaged or longer than four megabytes.
+    /// The value (Values.h) from `offset` on, which is moved behind it; it is there as long.
+    /// nullopt when it is damaged or longer than four megabytes.
     [[nodiscard]] std::optional<std::string_view> takeValue(std::uint64_t& offset);
 
 private:

@@ -10,9 +10,9 @@ namespace platform::pdf {
 /// there are none. Any thread.
 [[nodiscard]] std::optional<Reference> takeObjectHeader(FileBytes& file, std::uint64_t& offset);
 
-/// What the stream whose dictionary ends at `offset` holds, of which `length` bytes are in the file.
-/// nullopt where there is none, and when it is packed in another way than by FlateDecode or larger
-/// than `limit`. Predictors are left alone. Any thread.
+/// What the stream whose dictionary ends at `offset` holds, of which `length` bytes are in the
+/// file. nullopt where there is none, and when it is packed in another way than by FlateDecode or
+/// larger than `limit`. Predictors are left alone. Any thread.
 [[nodiscard]] std::optional<std::string> streamData(FileBytes& file, std::uint64_t offset,
                                                     const Dictionary& dictionary,
                                                     std::optional<std::uint64_t> length,

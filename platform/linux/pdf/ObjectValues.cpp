@@ -22,9 +22,8 @@ std::optional<std::string_view> ObjectValues::valueOf(std::uint32_t number, cons
     }
 }
 
-std::optional<std::string_view> ObjectValues::plainValueOf(std::uint32_t number,
-                                                           std::uint64_t& offset,
-                                                           std::uint32_t generation) {
+std::optional<std::string_view>
+ObjectValues::plainValueOf(std::uint32_t number, std::uint64_t& offset, std::uint32_t generation) {
     const Reference expected{number, generation};
     return takeObjectHeader(m_file, offset) == expected ? m_file.takeValue(offset) : std::nullopt;
 }
@@ -64,8 +63,8 @@ std::optional<ObjectValues::PackedObjects> ObjectValues::readStream(std::uint32_
     if (!dictionary || !(*dictionary)["/DecodeParms"].empty()) {
         return std::nullopt;
     }
-    auto bytes = streamData(m_file, offset, *dictionary, lengthOf((*dictionary)["/Length"]),
-                            largestStream);
+    auto bytes =
+        streamData(m_file, offset, *dictionary, lengthOf((*dictionary)["/Length"]), largestStream);
     if (!bytes) {
         return std::nullopt;
     }

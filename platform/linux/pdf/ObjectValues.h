@@ -7,8 +7,8 @@
 
 namespace platform::pdf {
 
-/// Values of objects, wherever the table says that they are. Streams of objects (ISO 32000-2, 7.5.7)
-/// are expanded once. One thread at a time.
+/// Values of objects, wherever the table says that they are. Streams of objects (ISO
+/// 32000-2, 7.5.7) are expanded once. One thread at a time.
 class ObjectValues {
 public:
     /// Both must outlive this.

@@ -94,7 +94,7 @@ std::optional<PDFDocumentProperties> propertiesOf(PDFDoc& document, const Excerp
     }
     addInformation(document, properties);
     return addPages(document, excerpt, wantsText, properties) ? std::optional(properties)
-                                                               : std::nullopt;
+                                                              : std::nullopt;
 }
 
 /// A regular file that begins like a PDF.
@@ -123,15 +123,15 @@ bool isComplete(PDFDoc& document, const Excerpt& excerpt) {
 
 std::optional<PDFDocumentProperties> readExcerpt(const DocumentFile& file, bool wantsText,
                                                  std::uint64_t fewestObjects) {
-    const auto excerpt = excerptOf(file.descriptor, static_cast<std::uint64_t>(file.size),
-                                   wantsText, fewestObjects);
+    const auto excerpt =
+        excerptOf(file.descriptor, static_cast<std::uint64_t>(file.size), wantsText, fewestObjects);
     if (!excerpt) {
         return std::nullopt;
     }
     // A table made anew takes the objects of the excerpt for those of the document.
     bool isRepaired = false;
-    PDFDoc document(new DocumentStream(file.descriptor, file.size, excerpt->update), {}, {}, nullptr,
-                    [&isRepaired] { isRepaired = true; });
+    PDFDoc document(new DocumentStream(file.descriptor, file.size, excerpt->update), {}, {},
+                    nullptr, [&isRepaired] { isRepaired = true; });
     auto properties = propertiesOf(document, &*excerpt, file.header, wantsText);
     return properties && !isRepaired && isComplete(document, *excerpt) ? properties : std::nullopt;
 }

@@ -19,7 +19,7 @@ void preparePDFReader();
 [[nodiscard]] std::optional<PDFDocumentProperties> readPDF(int descriptor, bool wantsText);
 
 /// Documents with fewer objects are read as a whole as fast as an excerpt of them is made.
-inline constexpr std::uint64_t fewestObjectsForExcerpt = 200;
+inline constexpr std::uint64_t fewestObjectsForExcerpt = 100;
 
 /// The two ways that readPDF() has, of which it takes the second when the first gives nullopt. An
 /// excerpt (Excerpt.h) costs about as much however long the document is; there is none of documents

@@ -155,8 +155,10 @@ std::optional<std::uint64_t> PageTree::numberOfPages() const {
 
 bool PageTree::isTrusted(std::uint64_t claim, const Object& children) const {
     const auto shown = static_cast<std::uint64_t>(children.arrayGetLength());
-    const std::uint64_t count = m_excerpt != nullptr ? m_excerpt->numberOfChildren.value_or(shown) : shown;
-    const std::uint64_t objects = m_excerpt != nullptr ? m_excerpt->numberOfObjects : numberOfObjects(m_document);
+    const std::uint64_t count =
+        m_excerpt != nullptr ? m_excerpt->numberOfChildren.value_or(shown) : shown;
+    const std::uint64_t objects =
+        m_excerpt != nullptr ? m_excerpt->numberOfObjects : numberOfObjects(m_document);
     return claim <= objects && isCredible(claim, children.arrayGet(0), count - 1);
 }
 

@@ -13,7 +13,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::size_t lineSize = 20;       // of an entry in the old form
+constexpr std::size_t lineSize = 20; // of an entry in the old form
 constexpr std::uint64_t mostObjects = 8U << 20U;
 constexpr std::size_t largestEntries = std::size_t{64} << 20U;
 
@@ -77,16 +77,16 @@ bool TableSection::readTable(FileBytes& file, std::uint64_t offset) {
 bool TableSection::readRange(FileBytes& file, std::uint64_t& offset) {
     const auto first = integerOf(file.takeValue(offset).value_or(""sv));
     const auto count = integerOf(file.takeValue(offset).value_or(""sv));
-    if (!first || !count || *first > mostObjects || *count > mostObjects ||
-        offset > file.size() || (file.size() - offset) / lineSize < *count) {
+    if (!first || !count || *first > mostObjects || *count > mostObjects || offset > file.size() ||
+        (file.size() - offset) / lineSize < *count) {
         return false;
     }
     const std::string_view blanks = file.at(offset, lineSize);
     offset += std::min(blanks.find_first_not_of(" \r\n"), blanks.size());
     m_ranges.push_back({*first, *count, offset});
     offset += *count * lineSize;
-    const auto place = *count > 0 ? find(file, static_cast<std::uint32_t>(*first))
-                                  : std::optional(Place());
+    const auto place =
+        *count > 0 ? find(file, static_cast<std::uint32_t>(*first)) : std::optional(Place());
     return place && (*first != 1 || place->kind == Place::Kind::plain);
 }
 
@@ -100,7 +100,8 @@ bool TableSection::readStream(FileBytes& file, std::uint64_t offset) {
         !readRanges((*trailer)["/Index"], (*trailer)["/Size"])) {
         return false;
     }
-    auto data = streamData(file, offset, *trailer, integerOf((*trailer)["/Length"]), largestEntries);
+    auto data =
+        streamData(file, offset, *trailer, integerOf((*trailer)["/Length"]), largestEntries);
     if (!data) {
         return false;
     }

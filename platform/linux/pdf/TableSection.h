@@ -22,9 +22,9 @@ struct Place {
     std::uint32_t number = 0; ///< the generation, or which of the objects in the stream it is
 };
 
-/// A section of the table of objects: a table in the old form (ISO 32000-2, 7.5.4), entries of which
-/// are read when they are asked for, or a stream (7.5.8), which is expanded as a whole. Anything
-/// unusual is taken for damage. Any thread.
+/// A section of the table of objects: a table in the old form (ISO 32000-2, 7.5.4), entries of
+/// which are read when they are asked for, or a stream (7.5.8), which is expanded as a whole.
+/// Anything unusual is taken for damage. Any thread.
 class TableSection {
 public:
     /// The section at `offset`; nullopt where there is none.

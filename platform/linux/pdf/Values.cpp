@@ -251,8 +251,8 @@ std::optional<Dictionary> Dictionary::of(std::string_view value) {
 
 bool Dictionary::add(std::string_view key, std::string_view value) {
     constexpr std::size_t most = 128;
-    if (!key.starts_with('/') || key.find('#') != std::string_view::npos ||
-        !(*this)[key].empty() || m_entries.size() == most) {
+    if (!key.starts_with('/') || key.find('#') != std::string_view::npos || !(*this)[key].empty() ||
+        m_entries.size() == most) {
         return false;
     }
     m_entries.push_back({key, value});
