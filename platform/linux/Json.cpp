@@ -113,8 +113,7 @@ Json::Json(const Json& other)
     : m_value(copyOf(other.m_value)) {}
 
 Json& Json::operator=(const Json& other) {
-    m_value = copyOf(other.m_value);
-    return *this;
+    return *this = Json(other);
 }
 
 std::optional<std::string> Json::serialized(std::string& error) const {

@@ -193,8 +193,7 @@ PropertyList::PropertyList(const PropertyList& other)
     : m_value(copyOf(other.m_value)) {}
 
 PropertyList& PropertyList::operator=(const PropertyList& other) {
-    m_value = copyOf(other.m_value);
-    return *this;
+    return *this = PropertyList(other);
 }
 
 std::optional<PropertyList> PropertyList::parse(DataView bytes) {
