@@ -157,6 +157,16 @@ TEST(Cbor, HasALimitOfLevels) {
     Data deeper = *deepest;
     deeper.insert(deeper.begin(), std::byte{0x81});
     EXPECT_FALSE(Cbor::decoded(deeper));
+    Json::Object object;
+    object.emplace_back("a", nested(Cbor::maximumDepth));
+    EXPECT_FALSE(Cbor::encoded(Json(object)));
+    const Data map{std::byte{0xA1}, std::byte{0x61}, std::byte{'a'}};
+    deeper = *deepest;
+    deeper.insert(deeper.begin(), map.begin(), map.end());
+    EXPECT_FALSE(Cbor::decoded(deeper));
+    deeper = Data(Cbor::maximumDepth, std::byte{0x81});
+    deeper.push_back(std::byte{0xA0});
+    EXPECT_FALSE(Cbor::decoded(deeper));
     // Each of these once more than the stack could hold.
     for (const unsigned start : {0x81U, 0x9FU, 0x7FU, 0x5FU, 0xC1U, 0xBFU}) {
         EXPECT_FALSE(Cbor::decoded(Data(10'000'000, static_cast<std::byte>(start)))) << start;

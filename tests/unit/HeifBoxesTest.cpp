@@ -75,6 +75,16 @@ TEST(HeifBoxes, AreNoneWhereTheirSizesMakeNoSense) {
     EXPECT_FALSE(isMonochrome("\0\0\0\7meta"sv));
 }
 
+TEST(HeifBoxes, AreLookedThroughForALimitedTime) {
+    std::string boxes;
+    for (int i = 0; i < 5000; ++i) {
+        boxes.append(box("free", ""));
+    }
+    const std::string behind = fileOf(hevc(0));
+    EXPECT_TRUE(isMonochrome(box("free", "").append(behind)));
+    EXPECT_FALSE(isMonochrome(boxes.append(behind)));
+}
+
 TEST(HeifBoxes, DescribeThePicturesUpToTheirData) {
     const std::string description = fileOf(hevc(1));
     const std::string data = isoBox("mdat", "data").append(longBox("mdat", "more"));

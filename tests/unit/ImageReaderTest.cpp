@@ -139,6 +139,7 @@ constexpr std::array samples{
         "1.0 copyright=© Someone exif lens=Lens 24-70 time=0.004 f=2.8 iso=400 length=35 "
         "length35=52 date=2023:07:14 18:30:05 gps latitude=48.8584 ref=N longitude=2.2945 ref=E"},
     Sample{"texts.png", "12x8 8 Gray alpha=no count=1 tiff software=Painter copyright=© Grün"},
+    Sample{"old-exif.png", "12x8 8 Gray alpha=no count=1 tiff make=Maker exif"},
     Sample{"iptc.png", "12x8 8 Gray alpha=no count=1 iptc notice=IPTC notice"},
     Sample{"animated.png", "1x1 8 Gray alpha=no count=3"},
     Sample{"large.png",
@@ -274,6 +275,20 @@ TEST_F(ImageReader, CountsOnlyWhenAsked) {
         counted->imageCount.reset();
         EXPECT_EQ(counted, uncounted) << sample.name;
     }
+}
+
+TEST_F(ImageReader, PassesOverSegmentsOfJpegThatNobodyAsksFor) {
+    const std::string whole = contentsOf("plain.jpg");
+    constexpr std::size_t startSize = 2;
+    std::string segments;
+    for (const char kind : {'\xE5', '\xFE', '\xE5'}) {
+        segments.append("\xFF").append(1, kind).append("\xFF\xFF").append(0xFFFD, 'x');
+    }
+    std::string larger = whole;
+    larger.insert(startSize, segments);
+    EXPECT_EQ(readImage(MemoryFile(larger).descriptor(), true), readSample("plain.jpg"));
+    const auto cutOff = std::string_view(larger).substr(0, startSize + segments.size() - 1);
+    EXPECT_EQ(readImage(MemoryFile(cutOff).descriptor(), true), std::nullopt);
 }
 
 TEST_F(ImageReader, ReadsBytesOfNoImageAsNone) {

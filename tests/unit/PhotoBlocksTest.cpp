@@ -183,6 +183,23 @@ TEST_F(PhotoBlocks, DoNotCopyFieldsOfManyMegabytes) {
     EXPECT_FALSE(isThere(most + 1));
 }
 
+TEST_F(PhotoBlocks, AreNoneBeyondSixteenMegabytes) {
+    constexpr std::size_t most = 16U << 20U;
+    std::string block = tiffBytes({tiffText(makeTag, "Maker")});
+    block.resize(most);
+    EXPECT_EQ(said(block), " tiff make=Maker exif");
+    block.push_back('\0');
+    EXPECT_EQ(said(block), "");
+    std::string packet = "<rdf:RDF><rdf:Description tiff:Make='Maker'/></rdf:RDF>";
+    packet.resize(most, ' ');
+    ImageProperties properties;
+    platform::media::addXmp(platform::bytesOf(packet.append(" ")), properties);
+    EXPECT_FALSE(properties.tiff);
+    platform::media::addXmp(platform::bytesOf(std::string_view(packet).substr(0, most)),
+                            properties);
+    EXPECT_TRUE(properties.tiff);
+}
+
 TEST_F(PhotoBlocks, SurviveDamageAtEveryByte) {
     const std::string whole = tiffBytes(
         {tiffText(makeTag, "Canon"), tiffText(modelTag, "Model of a camera"),

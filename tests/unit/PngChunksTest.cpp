@@ -94,6 +94,13 @@ TEST(PngChunks, AreFoundBehindAnyNumberOfEqualOnes) {
     }
 }
 
+TEST(PngChunks, AreLeftOutWhereTheyAreHuge) {
+    constexpr std::size_t most = 16U << 20U;
+    EXPECT_EQ(
+        streamOf(file({header(), chunk("eXIf", std::string(most + 1, 'x')), chunk("pHYs", "1")})),
+        stream({header(), chunk("pHYs", "1")}));
+}
+
 TEST(PngChunks, AreNotFollowedForEver) {
     std::string many = file({header()});
     for (int i = 0; i < 2000; ++i) {

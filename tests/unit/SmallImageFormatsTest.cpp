@@ -206,6 +206,19 @@ TEST(PsdReader, FindsTheResolutionBehindThePalette) {
               "12x8 16 RGB alpha=no count=1");
 }
 
+TEST(PsdReader, LeavesOutAResolutionThatIsTooShort) {
+    const auto withResolution = [](std::uint64_t size) {
+        ByteWriter writer = document(2, 1).big(0, 4).big(size + 12, 4);
+        writer.text("8BIM").big(1005, 2).big(0, 2).big(size, 4);
+        for (std::uint64_t i = 0; i < size; i += 4) {
+            writer.big(300U << 16U, 4);
+        }
+        return writer;
+    };
+    EXPECT_EQ(read(withResolution(12)), "12x8 16 RGB dpi=300x300 alpha=no count=1");
+    EXPECT_EQ(read(withResolution(8)), "12x8 16 RGB alpha=no count=1");
+}
+
 namespace {
 
 ByteWriter gimp(std::string_view version, std::uint64_t baseType = 0) {
@@ -255,4 +268,23 @@ TEST(XcfReader, SaysWhatItCanOfDamagedDocuments) {
     EXPECT_EQ(read(gimp("v011").big(150, 4).zeros(8).big(~0ULL, 8)), "12x8 8 RGB count=1");
     ByteWriter whole = gimp("v011").big(150, 4);
     expectNothingBefore(26, withLayer(whole, 1, 8).bytes());
+}
+
+TEST(XcfReader, FollowsNoListForEver) {
+    ByteWriter properties = gimp("v001");
+    ByteWriter layers = gimp("v001").zeros(8);
+    constexpr std::size_t count = 300;
+    constexpr std::size_t pointerSize = 4;
+    const std::size_t opaque = layers.size() + (count + 1) * pointerSize;
+    constexpr std::size_t layerSize = 12;
+    for (std::size_t i = 0; i < count; ++i) {
+        properties.big(17, 4).zeros(4);
+        layers.big(opaque, pointerSize);
+    }
+    layers.big(opaque + layerSize, pointerSize);
+    for (const std::uint64_t kind : {0U, 1U}) {
+        layers.big(12, 4).big(8, 4).big(kind, 4);
+    }
+    EXPECT_EQ(read(withLayer(properties, 1, pointerSize)), "12x8 8 RGB count=1");
+    EXPECT_EQ(read(layers), "12x8 8 RGB alpha=no count=1");
 }

@@ -126,6 +126,11 @@ TEST(XmpPacket, SaysNothingWrongWhereItIsCutOff) {
     EXPECT_EQ(textIn(whole, "tiff:Make"), "make");
 }
 
+TEST(XmpPacket, HasNoAttributesWithoutValues) {
+    EXPECT_EQ(textIn(packetOf("<rdf:Description tiff:Make tiff:Model/>"), "tiff:Make"), "none");
+    EXPECT_EQ(textIn(packetOf("<rdf:Description tiff:Model='m' tiff:Make=/>"), "tiff:Model"), "m");
+}
+
 TEST(XmpPacket, MayBeNestedAsDeepAsItLikes) {
     constexpr std::size_t depth = 1U << 20U;
     std::string deep = "<x><rdf:RDF>";
