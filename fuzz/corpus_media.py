@@ -56,7 +56,8 @@ def film(picture, sound):
 def avi(codec, height):
     def chunk(kind, data):
         return struct.pack("<4sI", kind, len(data)) + data + bytes(len(data) % 2)
-    stream = b"vids" + codec + struct.pack("<10I4H", 0, 0, 0, 1, 25, 0, 2, 0, 0, 0, 0, 0, 64, height)
+    stream = b"vids" + codec + struct.pack("<10I4H", *(0, 0, 0, 1, 25), *(0, 2, 0, 0, 0),
+                                           *(0, 0, 64, height))
     form = struct.pack("<IiiHH4sIiiII", 40, 64, height, 1, 16, codec, 0, 0, 0, 0, 0)
     main = struct.pack("<14I", 40000, 0, 0, 0, 2, 0, 1, 0, 64, height, 0, 0, 0, 0)
     head = chunk(b"LIST", b"hdrl" + chunk(b"avih", main) + chunk(
