@@ -78,10 +78,10 @@ TEST(HeifBoxes, AreNoneWhereTheirSizesMakeNoSense) {
 TEST(HeifBoxes, AreLookedThroughForALimitedTime) {
     std::string boxes;
     for (int i = 0; i < 5000; ++i) {
-        boxes.append(box("free", ""));
+        boxes.append(isoBox("free", ""));
     }
     const std::string behind = fileOf(hevc(0));
-    EXPECT_TRUE(isMonochrome(box("free", "").append(behind)));
+    EXPECT_TRUE(isMonochrome(isoBox("free", "").append(behind)));
     EXPECT_FALSE(isMonochrome(boxes.append(behind)));
 }
 

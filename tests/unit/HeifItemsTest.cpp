@@ -97,7 +97,7 @@ TEST(HeifItems, EndWhereTheFileIsDamaged) {
     for (std::size_t size = 0; size < whole.size(); ++size) {
         EXPECT_EQ(hiddenIn(whole.substr(0, size)), 0U) << size;
     }
-    EXPECT_EQ(hiddenIn(fileOf(box("infe", "\2 short"), places.bytes())), 0U);
+    EXPECT_EQ(hiddenIn(fileOf(isoBox("infe", "\2 short"), places.bytes())), 0U);
     const std::string unknown = ByteWriter().big(3, 1).text(places.bytes().substr(1)).bytes();
     EXPECT_EQ(hiddenIn(fileOf(entry(1, "hvc1"), unknown)), 0U);
 }
