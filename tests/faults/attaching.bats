@@ -12,5 +12,6 @@ load ../cli/images
     truncate -s 4M disk
     mkfs.ext4 -q -L Disk -d tree disk
     "$MAKE_UDIF" disk disk.dmg zlib
-    inject attaching
+    # Who looks through all file systems would keep some of them busy.
+    inject attaching unshare --mount --propagation private
 }

@@ -7,9 +7,9 @@ load ../cli/helpers
 : "${FAULT_LIBRARY:?must name the library that makes calls fail}"
 FAULT_LIBRARY=$(realpath "$FAULT_LIBRARY")
 
-# inject CASES: fails and tells all that went wrong.
+# inject CASES [COMMAND...]: fails and tells all that went wrong. COMMAND runs the whole.
 inject() {
-    python3 -B "$BATS_TEST_DIRNAME/inject.py" "$FAULT_LIBRARY" "$BATS_TEST_DIRNAME/$1.py" \
+    "${@:2}" python3 -B "$BATS_TEST_DIRNAME/inject.py" "$FAULT_LIBRARY" "$BATS_TEST_DIRNAME/$1.py" \
         >"$seen/out" 3>&-
     sed 's/^/# /' "$seen/out" >&3
 }
