@@ -20,6 +20,7 @@ RESOLUTION = ("XResolution", "YResolution", "ResolutionUnit")
 EXCEPTIONS = {
     # The block of Exif is there, and that the maker stands in its first directory is enough.
     ("large.png", "camera"): "Maker",
+    ("old-exif.png", "camera"): "Maker",
     # The eight bits are those of the picture that the camera has made for a look at it.
     ("canon.cr2", "colorDepth"): "",
     # A resolution of nearly nothing is what ImageMagick writes when it knows none.

@@ -77,7 +77,7 @@ TEST(HeifBoxes, AreNoneWhereTheirSizesMakeNoSense) {
 
 TEST(HeifBoxes, AreLookedThroughForALimitedTime) {
     std::string boxes;
-    for (int i = 0; i < 5000; ++i) {
+    for (int i = 0; i < 20000; ++i) {
         boxes.append(isoBox("free", ""));
     }
     const std::string behind = fileOf(hevc(0));
