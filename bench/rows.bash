@@ -62,7 +62,7 @@ rate() { [ -z "$3" ] || figure "$1" $(($2 * 1000000 / $3)) "files a second"; }
 memory_of() {
     local memory
     read -r _ _ memory _ < <("$build/compare_commands" 1 "$@" -- /bin/true) || return 0
-    echo $((memory / 1024))
+    echo $(((memory + 512) / 1024))
 }
 
 # thousands NUMBER: as it is read.

@@ -198,7 +198,7 @@ films() {
 papers() {
     needs gs qpdf || return 0
     "$bench/make_papers" papers "$(many 500)"
-    local papers=(papers/*) jobs short long
+    local papers=(papers/*) jobs pages title short long
     figure "PDFs that something is told of" "$("$build/show_metadata" --keys pageCount \
         "${papers[@]}" | grep -c '"pageCount"') of ${#papers[@]}"
     for jobs in 1 8; do
@@ -207,13 +207,15 @@ papers() {
             sh -c 'for paper; do pdfinfo "$paper"; done' pdfinfo "${papers[@]}"
     done
     "$bench/make_papers" --pages 1 short.pdf
-    "$bench/make_papers" --pages 2000 long.pdf
     mapfile -t short < <(yes short.pdf | head -200)
-    mapfile -t long < <(yes long.pdf | head -200)
-    compare "metadata of a PDF of 2,000 pages, 200 times" "one of 1 page" - 3 \
-        "$build/show_metadata" "${long[@]}" -- "$build/show_metadata" "${short[@]}"
-    compare "metadata of a PDF of 2,000 pages, once" "pdfinfo" - 30 \
-        "$build/show_metadata" long.pdf -- pdfinfo long.pdf
+    for pages in 2000 20000; do
+        "$bench/make_papers" --pages "$pages" long.pdf
+        mapfile -t long < <(yes long.pdf | head -200)
+        title="metadata of a PDF of $(thousands "$pages") pages"
+        compare "$title, 200 times" "one of 1 page" - 3 \
+            "$build/show_metadata" "${long[@]}" -- "$build/show_metadata" "${short[@]}"
+        compare "$title, once" "pdfinfo" - 30 "$build/show_metadata" long.pdf -- pdfinfo long.pdf
+    done
     rm -rf papers short.pdf long.pdf
 }
 

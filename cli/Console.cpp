@@ -12,8 +12,13 @@ namespace {
 bool colorEnabled = true;
 
 // In one piece, so that lines of processes that share a log do not mix.
-void write(std::FILE* stream, const std::string& text) {
+void write(std::FILE* stream, std::string_view text) {
     static_cast<void>(std::fwrite(text.data(), 1, text.size(), stream));
+}
+
+void writeElement(std::string_view before, const platform::Json& element) {
+    std::string error;
+    write(stdout, std::string(before).append(element.serializedAsElement(error).value()));
 }
 
 } // namespace
@@ -47,11 +52,23 @@ void qm_json(const platform::Json& object) {
     write(stdout, *document);
 }
 
-void qm_jsonRecords(platform::Json::Array records) {
-    if (records.size() == 1) {
-        qm_json(records.front());
-    } else if (!records.empty()) {
-        qm_json(std::move(records));
+void QMCLIRecords::add(platform::Json record) {
+    if (!m_first) {
+        m_first = std::move(record);
+        return;
+    }
+    if (!m_isArray) {
+        writeElement("[\n", *m_first);
+        m_isArray = true;
+    }
+    writeElement(",\n", record);
+}
+
+void QMCLIRecords::end() const {
+    if (m_isArray) {
+        write(stdout, "\n]\n");
+    } else if (m_first) {
+        qm_json(*m_first);
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdio>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -79,9 +80,20 @@ void qm_dim(platform::FormatString<Args...> format, const Args&... args) {
 /// cannot be serialised gives an error line on standard error and nothing on standard output.
 void qm_json(const platform::Json& object);
 
-/// The records of the files that a command was given, the way scripts read them: nothing for none,
-/// an object for one, an array for more.
-void qm_jsonRecords(platform::Json::Array records);
+/// Writes the records of the files that a command was given to standard output, the way scripts
+/// read them: nothing for none, an object for one, an array for more. Nothing is kept but the
+/// first, until there is a second one.
+class QMCLIRecords {
+public:
+    /// Writes one more record, of texts, finite numbers and truths.
+    void add(platform::Json record);
+    /// Ends the document; once.
+    void end() const;
+
+private:
+    std::optional<platform::Json> m_first;
+    bool m_isArray = false;
+};
 
 /// The absolute form of a path given on the command line. A path that begins with "/" is returned
 /// as it is; others are taken from the current directory, and "." and ".." and redundant slashes

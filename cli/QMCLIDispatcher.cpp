@@ -13,7 +13,6 @@ namespace {
 
 using Request = QMCLIGlobalArguments::Request;
 
-constexpr std::string_view version = "1.0.0";
 constexpr std::int32_t unknownCommandStatus = 10;
 
 template <class Command>
@@ -40,13 +39,13 @@ QMCLIDispatcher::QMCLIDispatcher()
                  entry<QMCLITagsCommand>(), entry<QMCLIOpenCommand>()} {}
 
 std::int32_t QMCLIDispatcher::runWithArgc(std::int32_t argc, const char* const* argv) {
-    const QMCLIStrings words(argv + std::min(argc, 1), argv + std::max(argc, 0));
+    const QMCLIStrings words(argv + std::min(argc, 1), argv + argc);
     QMCLIGlobalArguments global = qm_readGlobalArguments(words);
     if (global.disablesColor) {
         qm_set_color_enabled(false);
     }
     if (global.request == Request::version) {
-        qm_print("qm {}", version);
+        qm_print("qm {}", QM_VERSION);
         return 0;
     }
     if (global.request == Request::help || global.remaining.empty()) {

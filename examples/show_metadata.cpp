@@ -103,34 +103,23 @@ Json asJson(const std::string& path, const QMMetadataResult* result) {
                         {"entries", std::move(entries)}};
 }
 
-// As an array with nothing else in it has it. Of texts and numbers there is nothing to fail.
-std::string asElement(Json json) {
-    constexpr std::string_view begin = "[\n";
-    constexpr std::string_view end = "\n]";
-    Json::Array array;
-    array.push_back(std::move(json));
-    std::string error;
-    const std::string text = Json(std::move(array)).serialized(error).value();
-    return text.substr(begin.size(), text.size() - begin.size() - end.size());
-}
-
 /// An array that is printed as its elements come, in any order. Only those are kept for which an
 /// earlier one is still missing, so that memory does not grow with the number of files.
 class PrintedArray {
 public:
     void set(std::size_t number, std::string element) {
-        waiting.emplace(number, std::move(element));
-        for (auto first = waiting.begin(); first != waiting.end() && first->first == printed;
-             first = waiting.erase(first)) {
-            std::printf("%s%s", printed++ == 0 ? "[\n" : ",\n", first->second.c_str());
+        m_waiting.emplace(number, std::move(element));
+        for (auto first = m_waiting.begin(); first != m_waiting.end() && first->first == m_printed;
+             first = m_waiting.erase(first)) {
+            std::printf("%s%s", m_printed++ == 0 ? "[\n" : ",\n", first->second.c_str());
         }
     }
 
     static void end() { std::puts("\n]"); }
 
 private:
-    std::map<std::size_t, std::string> waiting;
-    std::size_t printed = 0;
+    std::map<std::size_t, std::string> m_waiting;
+    std::size_t m_printed = 0;
 };
 
 /// Keeps as many extractions in flight as it may, until all files are done. Lives on the thread of
@@ -138,15 +127,16 @@ private:
 class Extractions {
 public:
     explicit Extractions(Options wanted)
-        : options(std::move(wanted)) {}
+        : m_options(std::move(wanted)) {}
 
-    /// Prints the results as an array in the order of the files. Throws std::bad_alloc when one of
-    /// them did not fit into memory.
+    /// Prints the results as an array in the order of the files. Throws std::bad_alloc when one
+    /// of them did not fit into memory.
     void run() {
         // On the main queue, so that it is there before files can take up all descriptors.
         platform::DispatchQueue::asyncMain([this] { startSome(); });
-        platform::DispatchQueue::runMainQueueUntil([this] { return done == options.files.size(); });
-        if (lacksMemory) {
+        platform::DispatchQueue::runMainQueueUntil(
+            [this] { return m_done == m_options.files.size(); });
+        if (m_lacksMemory) {
             throw std::bad_alloc();
         }
         PrintedArray::end();
@@ -154,49 +144,52 @@ public:
 
 private:
     void startSome() {
-        while (next < options.files.size() && next - done < options.jobs) {
-            start(next++);
+        while (m_next < m_options.files.size() && m_next - m_done < m_options.jobs) {
+            start(m_next++);
         }
     }
 
     // Work of the main queue must not throw.
     void start(std::size_t number) {
-        isStarting = true;
-        const std::size_t doneBefore = done;
+        m_isStarting = true;
+        const std::size_t doneBefore = m_done;
         try {
-            const auto url = platform::FileURL::fromPath(options.files[number]);
+            const auto url = platform::FileURL::fromPath(m_options.files[number]);
             QMMetadataService::sharedService()->extractMetadataForFileItem(
                 QMFileItem::initWithURL(url),
                 [this, number](const std::shared_ptr<QMMetadataResult>& result) {
                     finish(number, result.get());
                 });
         } catch (const std::bad_alloc&) {
-            lacksMemory = true;
-            done = doneBefore + 1;
+            m_lacksMemory = true;
+            m_done = doneBefore + 1;
         }
-        isStarting = false;
+        m_isStarting = false;
     }
 
     void finish(std::size_t number, const QMMetadataResult* result) {
-        ++done;
+        ++m_done;
         // An answer that comes at once is followed by the next file anyway.
-        if (!isStarting) {
+        if (!m_isStarting) {
             startSome();
         }
         // While the next file is read.
         try {
-            results.set(number, asElement(asJson(options.files[number], result)));
+            // Of texts and numbers there is nothing to fail.
+            std::string error;
+            m_results.set(
+                number, asJson(m_options.files[number], result).serializedAsElement(error).value());
         } catch (const std::bad_alloc&) {
-            lacksMemory = true;
+            m_lacksMemory = true;
         }
     }
 
-    Options options;
-    PrintedArray results;
-    std::size_t next = 0;
-    std::size_t done = 0;
-    bool isStarting = false;
-    bool lacksMemory = false;
+    Options m_options;
+    PrintedArray m_results;
+    std::size_t m_next = 0;
+    std::size_t m_done = 0;
+    bool m_isStarting = false;
+    bool m_lacksMemory = false;
 };
 
 int run(const std::vector<std::string_view>& arguments) {

@@ -9,7 +9,8 @@
 #include <vector>
 
 /// Helpers on strings: type identifiers, sizes, file names and paths. Texts are UTF-8, paths are
-/// bytes that pass through unharmed. None fails or throws; any thread.
+/// bytes that pass through unharmed. None fails or throws anything but std::bad_alloc; any
+/// thread.
 
 /// Whether the uniform type `identifier` equals `other` or descends from it. False when either is
 /// empty or unknown.

@@ -1,12 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Reads bytes as a desktop entry and as an Exec line, and checks what must hold for any of them.
+#include "fuzz/Fuzzing.h"
 #include "platform/linux/DesktopEntry.h"
-
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string>
-#include <string_view>
 
 using platform::DesktopEntry;
 
@@ -29,7 +24,7 @@ std::string quoted(std::string_view word) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view text(reinterpret_cast<const char*>(data), size);
+    const std::string text = fuzzing::textOf(data, size);
     static_cast<void>(DesktopEntry::parse(text));
     const auto words = DesktopEntry::words(text);
     if (!words) {
@@ -40,8 +35,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const std::string& word : *words) {
         line.append(quoted(word)).append(1, ' ');
     }
-    if (DesktopEntry::words(line) != words) {
-        std::abort();
-    }
+    fuzzing::require(DesktopEntry::words(line) == words);
     return 0;
 }

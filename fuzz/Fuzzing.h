@@ -3,6 +3,7 @@
 
 #include "platform/Data.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -43,5 +44,40 @@ inline std::vector<std::string> split(std::string_view text, char separator) {
         text.remove_prefix(end + 1);
     }
 }
+
+/// Takes numbers and texts off an input from its front. Behind the end, numbers are 0 and texts
+/// empty.
+class Input {
+public:
+    Input(const std::uint8_t* data, std::size_t size)
+        : m_rest(data, size) {}
+
+    [[nodiscard]] bool isEmpty() const { return m_rest.empty(); }
+
+    /// An unsigned number of `width` bytes, the least significant one first.
+    std::uint64_t number(std::size_t width) {
+        std::uint64_t value = 0;
+        const auto bytes = take(width);
+        for (std::size_t i = bytes.size(); i > 0; --i) {
+            value = value << 8U | bytes[i - 1];
+        }
+        return value;
+    }
+
+    /// A text behind its length, which has `width` bytes; shorter where the input ends.
+    std::string text(std::size_t width) {
+        const auto bytes = take(number(width));
+        return textOf(bytes.data(), bytes.size());
+    }
+
+private:
+    std::span<const std::uint8_t> take(std::size_t count) {
+        const auto bytes = m_rest.first(std::min(count, m_rest.size()));
+        m_rest = m_rest.subspan(bytes.size());
+        return bytes;
+    }
+
+    std::span<const std::uint8_t> m_rest;
+};
 
 } // namespace fuzzing

@@ -7,12 +7,17 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const MemoryFile memory(fuzzing::textOf(data, size));
-    const auto file = platform::media::ImageFile::of(memory.descriptor());
+    const auto file = platform::OpenedFile::of(memory.descriptor());
     fuzzing::require(file.has_value());
+    const auto description = platform::media::descriptionOfHeif(*file);
+    fuzzing::require(description.end <= size);
+    if (!description.meta) {
+        return 0;
+    }
     // Something has to say so.
-    fuzzing::require(!platform::media::isMonochromeHeif(*file) || size > 3);
-    fuzzing::require(platform::media::endOfHeifDescription(*file) <= size);
-    for (const auto& number : platform::media::lengthsOfHeifPictures(*file)) {
+    fuzzing::require(!platform::media::isMonochromeHeif(*file, *description.meta) ||
+                     description.meta->size() > 16);
+    for (const auto& number : platform::media::lengthsOfHeifPictures(*file, *description.meta)) {
         fuzzing::require(number.size <= 8 && number.offset + number.size <= size);
     }
     return 0;

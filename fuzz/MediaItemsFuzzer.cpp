@@ -16,7 +16,7 @@ av::Items itemsIn(char kind, std::string_view bytes) {
         return av::itemsOfVorbisComment(bytesOf(bytes));
     }
     const MemoryFile contents(bytes);
-    const auto file = av::AvFile::of(contents.descriptor());
+    const auto file = OpenedFile::of(contents.descriptor());
     fuzzing::require(file && av::endOfLeadingTags(*file) <= bytes.size());
     switch (kind) {
     case 'm': return av::itemsOfMp4(*file);

@@ -9,7 +9,7 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace platform;
     const MemoryFile contents(fuzzing::textOf(data, size));
-    const auto file = av::AvFile::of(contents.descriptor());
+    const auto file = OpenedFile::of(contents.descriptor());
     fuzzing::require(file.has_value());
     const auto duration = av::durationOfMidi(*file);
     fuzzing::require(!duration || (std::isfinite(*duration) && *duration >= 0));

@@ -25,7 +25,7 @@ void checkLines(const std::string& text) {
     const bool hasPair = text.find("\r\n") != std::string::npos;
     require(qm_lineEnding(text) == (hasPair ? "CRLF" : hasReturn ? "CR" : "LF"));
     const auto shebang = qm_shebangLine(text);
-    require(shebang.has_value() == (text.rfind("#!", 0) == 0));
+    require(shebang.has_value() == text.starts_with("#!"));
     require(!shebang || *shebang == fuzzing::split(text, '\n').front());
 }
 

@@ -35,7 +35,7 @@ void checkItem(ItemKind kind, std::string_view extension) {
     require(conformsTo(identifier, upperCased(identifier)));
     require(conformsTo(identifier, "public.item"));
     require(!kindForIdentifier(identifier).empty());
-    if (identifier.rfind("dyn.", 0) == 0) {
+    if (identifier.starts_with("dyn.")) {
         require(kind == ItemKind::file);
         require(conformsTo(identifier, "public.data"));
         require(!conformsTo(identifier, "public.content"));

@@ -3,39 +3,15 @@
 #include "fuzz/Fuzzing.h"
 #include "platform/PropertyListReadings.h"
 #include "platform/UserDefaults.h"
+#include "tests/unit/support/MemoryFile.h"
 
 #include <cmath>
-
-#include <unistd.h>
-
-#include <sys/mman.h>
 
 namespace {
 
 using fuzzing::require;
 using platform::PropertyList;
 using platform::UserDefaults;
-
-/// A file in memory with the bytes, at a path that leads there anew each time.
-class SettingsFile {
-public:
-    SettingsFile(const std::uint8_t* data, std::size_t size)
-        : m_descriptor(::memfd_create("settings", MFD_CLOEXEC)) {
-        require(m_descriptor >= 0);
-        require(::pwrite(m_descriptor, data, size, 0) == static_cast<ssize_t>(size));
-    }
-    SettingsFile(const SettingsFile&) = delete;
-    SettingsFile& operator=(const SettingsFile&) = delete;
-    SettingsFile(SettingsFile&&) = delete;
-    SettingsFile& operator=(SettingsFile&&) = delete;
-    ~SettingsFile() { ::close(m_descriptor); }
-    [[nodiscard]] std::string path() const {
-        return std::string("/proc/self/fd/").append(std::to_string(m_descriptor));
-    }
-
-private:
-    int m_descriptor;
-};
 
 /// Texts read as the C library reads them, but for numbers that only it knows.
 void checkText(const std::string& text) {
@@ -67,8 +43,9 @@ void checkKey(const UserDefaults& defaults, const std::string& key, const Proper
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     // As a text, too: what is left of a property list after mutation seldom holds a number.
     checkText(fuzzing::textOf(data, size).c_str());
-    const SettingsFile file(data, size);
-    UserDefaults defaults(file.path());
+    const MemoryFile file(fuzzing::textOf(data, size));
+    // A path that leads there anew each time.
+    UserDefaults defaults(std::string("/proc/self/fd/").append(std::to_string(file.descriptor())));
     defaults.registerDefaults({{"registered", std::int64_t{1}}});
     const auto list = PropertyList::parse(fuzzing::bytesOf(data, size));
     const auto* const values = list ? list->dictionary() : nullptr;

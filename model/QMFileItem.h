@@ -21,8 +21,9 @@
 
 /// One file or folder with its properties: filled once, then only read, but for the three fields
 /// that an application may assign. Items live in shared pointers; those that cannot be made are
-/// null. Paths and names are bytes, other texts UTF-8. No member throws. An item may be read from
-/// any number of threads; assigning a field needs the caller's own lock.
+/// null. Paths and names are bytes, other texts UTF-8. No member throws anything but
+/// std::bad_alloc. An item may be read from any number of threads; assigning a field needs the
+/// caller's own lock.
 class QM_EXPORT QMFileItem : public std::enable_shared_from_this<QMFileItem> {
 public:
     /// Reads the item at `url` from the file system, a symbolic link as itself. Null when nothing

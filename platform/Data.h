@@ -19,4 +19,10 @@ inline DataView bytesOf(std::string_view text) {
     return std::as_bytes(std::span<const char>(text.data(), text.size()));
 }
 
+/// The bytes as they stand, borrowed.
+inline std::string_view charactersOf(DataView bytes) {
+    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
 } // namespace platform

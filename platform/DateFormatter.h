@@ -37,7 +37,7 @@ public:
     DateFormatter& operator=(DateFormatter&&) = delete;
     ~DateFormatter();
 
-    /// The date as UTF-8 text.
+    /// The date as UTF-8 text; empty when no formatter could be made of the pattern and the locale.
     [[nodiscard]] std::string stringFromDate(Date date) const;
 
     /// The moment that `text`, UTF-8, names; the text may come from anywhere. nullopt when it is

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <string>
 
-/// Message digests (RFC 1321, FIPS 180-4) and HMAC (RFC 2104).
+/// Message digests (RFC 1321, FIPS 180-4) and HMAC (RFC 2104). Any thread; one for each context.
 namespace platform::Digest {
 
 inline constexpr std::size_t md5Length = 16;    ///< bytes
@@ -36,7 +36,7 @@ using SHA1 = Context<sha1Length>;     ///< FIPS 180-4
 using SHA256 = Context<sha256Length>; ///< FIPS 180-4
 using SHA512 = Context<sha512Length>; ///< FIPS 180-4
 
-/// HMAC with SHA-256 of `message` under `key`; both may be empty.
+/// HMAC with SHA-256; `key` and `message` may be empty. std::length_error for keys over 2 GiB - 1.
 [[nodiscard]] std::array<std::byte, sha256Length> hmacSHA256(DataView key, DataView message);
 
 /// Two lower-case hexadecimal digits per byte, in order.

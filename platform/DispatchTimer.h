@@ -6,6 +6,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <utility>
 
 namespace platform {
 
@@ -14,7 +15,8 @@ namespace platform {
 class DispatchTimer {
 public:
     /// Starts the timer. `work` runs `delay` from now, no earlier; if nothing cancels it, also
-    /// when no copy of the timer is left.
+    /// when no copy of the timer is left. The timer takes up a thread of the queue until then,
+    /// which is had and fails as `DispatchQueue::async` says.
     [[nodiscard]] static DispatchTimer after(std::chrono::nanoseconds delay,
                                              DispatchQueue::QualityOfService quality,
                                              std::function<void()> work);

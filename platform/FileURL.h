@@ -10,7 +10,7 @@
 namespace platform {
 
 /// The location of a file as a "file:" URL (RFC 8089). The path is bytes; bytes that may not stand
-/// in a URL are percent-encoded in its text form, so that every path survives the round trip.
+/// in a URL are percent-encoded in its text, so that each path survives the round trip. Any thread.
 class QM_EXPORT FileURL {
 public:
     /// The URL of `path`; a relative path is taken from the current directory, and stays relative

@@ -18,7 +18,7 @@
 /// The syntax is that of std::format: "{}" takes the next text or integer, "{:o}" an integer in
 /// octal, "{:x}" in hexadecimal, "{:.1f}" a number with this many digits behind the point, from 0
 /// to 9, "{{" and "}}" are braces. Numbers are rounded as they are stored, halves to the even
-/// digit; those that are none read "inf", "-inf" and "nan". Nothing depends on the locale.
+/// digit; those that are none read "inf", "-inf", "nan". Nothing depends on the locale. Any thread.
 namespace platform {
 
 /// One value to be formatted. Texts are borrowed.

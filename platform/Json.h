@@ -10,7 +10,7 @@
 
 namespace platform {
 
-/// A JSON value (RFC 8259) whose objects keep their members in the order of insertion.
+/// A JSON value (RFC 8259) whose objects keep their members in the order of insertion. Any thread.
 class Json {
 public:
     using Array = std::vector<Json>;                          ///< in order
@@ -60,7 +60,13 @@ public:
     /// neither object nor array, for numbers that are not finite, and beyond 512 levels.
     [[nodiscard]] std::optional<std::string> serialized(std::string& error) const;
 
+    /// The same text for a value of any kind as it stands in an array that is a document of its
+    /// own, a level further in and without comma: so an array can be written piece by piece.
+    [[nodiscard]] std::optional<std::string> serializedAsElement(std::string& error) const;
+
 private:
+    [[nodiscard]] std::optional<std::string> serialized(int levels, std::string& error) const;
+
     Value m_value = nullptr;
 };
 

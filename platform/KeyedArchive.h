@@ -13,7 +13,7 @@ namespace platform {
 
 /// Writes the fields of one object as a keyed archive: a binary property list with the members
 /// "$archiver" ("NSKeyedArchiver"), "$version" (100000), "$top" and "$objects", in which values
-/// refer to each other by index.
+/// refer to each other by index. One thread at a time.
 class QM_EXPORT KeyedArchiver {
 public:
     /// `className` names the class of the object and is checked on reading.
@@ -32,7 +32,7 @@ private:
     std::map<std::string, std::string, std::less<>> m_fields;
 };
 
-/// Reads what a KeyedArchiver wrote. The archive may be hostile.
+/// Reads what a KeyedArchiver wrote. The archive may be hostile. Any thread.
 class QM_EXPORT KeyedUnarchiver {
 public:
     /// Opens an archive whose root is an object of the class `className`; nullopt for everything

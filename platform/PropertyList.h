@@ -18,7 +18,7 @@
 namespace platform {
 
 /// A property-list value. Texts are UTF-8 without NUL. Dictionaries are ordered by key. Integers
-/// beyond 2^63 - 1 wrap around.
+/// beyond 2^63 - 1 wrap around. Any thread may read a value that nobody changes.
 class QM_EXPORT PropertyList {
 public:
     /// Seconds since 2001-01-01 00:00:00 UTC, as property lists keep dates. Good to a few

@@ -48,8 +48,8 @@ QMError localizedError(QMDiskImageErrorCode code, const char* key) {
 class ErrorOutput {
 public:
     explicit ErrorOutput(const std::shared_ptr<Task>& task)
-        : shared(std::make_shared<Shared>()) {
-        DispatchQueue::async(QualityOfService::defaultClass, [task, shared = shared] {
+        : m_shared(std::make_shared<Shared>()) {
+        DispatchQueue::async(QualityOfService::defaultClass, [task, shared = m_shared] {
             shared->bytes = qm_readDataToEndOfFile(task->standardError());
             shared->isRead.release();
         });
@@ -57,8 +57,8 @@ public:
 
     /// Waits for the end of the output; once.
     std::optional<Data> wait() {
-        shared->isRead.acquire();
-        return std::move(shared->bytes);
+        m_shared->isRead.acquire();
+        return std::move(m_shared->bytes);
     }
 
 private:
@@ -66,29 +66,29 @@ private:
         std::optional<Data> bytes;
         std::binary_semaphore isRead{0};
     };
-    std::shared_ptr<Shared> shared;
+    std::shared_ptr<Shared> m_shared;
 };
 
 /// Asks a task to end when its time is over, until it is cancelled.
 class Deadline {
 public:
     Deadline(const std::shared_ptr<Task>& task, std::chrono::nanoseconds time)
-        : isOver(std::make_shared<std::atomic<bool>>(false))
-        , timer(platform::DispatchTimer::after(time, QualityOfService::defaultClass,
-                                               [task, isOver = isOver] {
-                                                   *isOver = true;
-                                                   task->terminate();
-                                               })) {}
+        : m_isOver(std::make_shared<std::atomic<bool>>(false))
+        , m_timer(platform::DispatchTimer::after(time, QualityOfService::defaultClass,
+                                                 [task, isOver = m_isOver] {
+                                                     *isOver = true;
+                                                     task->terminate();
+                                                 })) {}
 
     /// Ends the supervision and answers whether the time was over before.
     bool cancel() {
-        timer.cancel();
-        return *isOver;
+        m_timer.cancel();
+        return *m_isOver;
     }
 
 private:
-    std::shared_ptr<std::atomic<bool>> isOver;
-    platform::DispatchTimer timer;
+    std::shared_ptr<std::atomic<bool>> m_isOver;
+    platform::DispatchTimer m_timer;
 };
 
 } // namespace

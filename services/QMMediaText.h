@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// How measures of films and recordings are written down. Any thread.
 
@@ -21,6 +22,12 @@
 /// `QMMetadataEntry::absentValue` for one that has no code.
 [[nodiscard]] std::optional<std::string>
 qm_codecText(const std::optional<platform::MediaAssetProperties::FormatDescription>& format);
+
+/// The same of the first of these tracks; nullopt when there is none.
+template <class Track>
+[[nodiscard]] std::optional<std::string> qm_codecOfFirst(const std::vector<Track>& tracks) {
+    return tracks.empty() ? std::nullopt : qm_codecText(tracks.front().formatDescription);
+}
 
 /// `number` with a zero before it where it has one digit.
 [[nodiscard]] std::string qm_twoDigits(std::uint64_t number);

@@ -26,8 +26,7 @@ Value duration(const MediaAssetProperties& asset) {
 }
 
 Value codec(const MediaAssetProperties& asset) {
-    return asset.audioTracks.empty() ? std::nullopt
-                                     : qm_codecText(asset.audioTracks.front().formatDescription);
+    return qm_codecOfFirst(asset.audioTracks);
 }
 
 // Of the first track; null when there is none.

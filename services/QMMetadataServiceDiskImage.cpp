@@ -2,6 +2,7 @@
 #include "foundation/QMString.h"
 #include "platform/LocalizedStrings.h"
 #include "platform/PropertyListReadings.h"
+#include "services/QMDiskImageEntries.h"
 #include "services/QMMetadataField.h"
 
 #include <array>
@@ -67,13 +68,16 @@ constexpr std::array<QMMetadataField<Info>, 4> fields{{
 
 } // namespace
 
+void qm_appendDiskImageEntries(const Info& info, const QMMetadataService::Keys& enabledKeys,
+                               QMMetadataEntries& into) {
+    qm_appendFields<Info>(fields, info, enabledKeys, into);
+}
+
 void QMMetadataService::extractDiskImageMetadata(const std::string& path, const Keys& enabledKeys,
                                                  QMMetadataEntries& into) const {
     const auto& service =
         m_settings.diskImages ? m_settings.diskImages : QMDiskImageService::sharedService();
-    const auto info = service->diskImageInfoForPath(path);
-    if (!info) {
-        return;
+    if (const auto info = service->diskImageInfoForPath(path)) {
+        qm_appendDiskImageEntries(*info, enabledKeys, into);
     }
-    qm_appendFields<Info>(fields, *info, enabledKeys, into);
 }

@@ -45,13 +45,8 @@ Value frameRate(const MediaAssetProperties& asset) {
     return platform::format("{:.2f} fps", double{asset.videoTracks.front().nominalFrameRate});
 }
 
-template <class Track>
-Value codecOfFirst(const std::vector<Track>& tracks) {
-    return tracks.empty() ? std::nullopt : qm_codecText(tracks.front().formatDescription);
-}
-
 Value videoCodec(const MediaAssetProperties& asset) {
-    return codecOfFirst(asset.videoTracks);
+    return qm_codecOfFirst(asset.videoTracks);
 }
 
 Value audioTracks(const MediaAssetProperties& asset) {
@@ -59,7 +54,7 @@ Value audioTracks(const MediaAssetProperties& asset) {
 }
 
 Value audioCodec(const MediaAssetProperties& asset) {
-    return codecOfFirst(asset.audioTracks);
+    return qm_codecOfFirst(asset.audioTracks);
 }
 
 constexpr auto plain = &QMMetadataEntry::entryWithKey;

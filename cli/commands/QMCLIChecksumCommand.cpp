@@ -6,8 +6,6 @@
 #include "platform/PathString.h"
 #include "services/QMChecksumService.h"
 
-#include <utility>
-
 namespace {
 
 constexpr std::int32_t unreadableStatus = 1;
@@ -21,9 +19,9 @@ QMChecksumAlgorithm chosenAlgorithm(const QMCLIOptions& options) {
     return qm_isFlagSet(options, "sha1") ? QMChecksumAlgorithmSHA1 : QMChecksumAlgorithmSHA256;
 }
 
-// Prints the digest of one file or, in JSON mode, appends its record. Answers the status.
+// Prints the digest of one file or, in JSON mode, adds its record. Answers the status.
 std::int32_t checksumFile(const std::string& path, QMChecksumAlgorithm algorithm,
-                          platform::Json::Array* records) {
+                          QMCLIRecords* records) {
     if (!platform::FileManager::fileExistsAtPath(path)) {
         qm_error("File not found: {}", path);
         return notFoundStatus;
@@ -39,7 +37,7 @@ std::int32_t checksumFile(const std::string& path, QMChecksumAlgorithm algorithm
         return 0;
     }
     const std::string algorithmName(QMChecksumService::displayNameForAlgorithm(algorithm));
-    records->emplace_back(platform::Json::Object{
+    records->add(platform::Json::Object{
         {"file", file}, {"path", path}, {"algorithm", algorithmName}, {"hash", *hash}});
     return 0;
 }
@@ -54,13 +52,13 @@ std::int32_t QMCLIChecksumCommand::runWithArguments(const QMCLIStrings& argument
     }
     const QMChecksumAlgorithm algorithm = chosenAlgorithm(options);
     const bool json = qm_isFlagSet(options, "json");
-    platform::Json::Array records;
+    QMCLIRecords records;
     std::int32_t status = 0;
     for (const std::string& argument : arguments) {
         const std::int32_t fileStatus =
             checksumFile(qm_absolutePath(argument), algorithm, json ? &records : nullptr);
         status = fileStatus != 0 ? fileStatus : status;
     }
-    qm_jsonRecords(std::move(records));
+    records.end();
     return status;
 }

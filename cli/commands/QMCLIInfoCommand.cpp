@@ -103,15 +103,15 @@ std::shared_ptr<const QMFileItem> itemAtPath(const std::string& path) {
 }
 
 void printRecords(const QMCLIStrings& arguments) {
-    Json::Array records;
+    QMCLIRecords records;
     for (const std::string& argument : arguments) {
         const std::string path = qm_absolutePath(argument);
         if (!platform::FileManager::fileExistsAtPath(path)) {
             qm_error("File not found: {}", path);
         }
-        records.push_back(record(*itemAtPath(path)));
+        records.add(record(*itemAtPath(path)));
     }
-    qm_jsonRecords(std::move(records));
+    records.end();
 }
 
 void printTexts(const QMCLIStrings& arguments, Mode mode) {

@@ -96,13 +96,14 @@ std::optional<std::string> lookUpGroup(std::uint32_t groupID) {
 
 } // namespace
 
+// Never destroyed: threads may still ask while the process ends.
 std::optional<std::string> userName(std::uint32_t userID) {
-    static NameCache cache(lookUpUser);
+    static NameCache& cache = *new NameCache(lookUpUser);
     return cache.name(userID);
 }
 
 std::optional<std::string> groupName(std::uint32_t groupID) {
-    static NameCache cache(lookUpGroup);
+    static NameCache& cache = *new NameCache(lookUpGroup);
     return cache.name(groupID);
 }
 

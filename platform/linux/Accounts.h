@@ -5,7 +5,8 @@
 #include <optional>
 #include <string>
 
-/// Home directories from the account database, for this folder's own use.
+/// Home directories from the account database, for this folder's own use: nullopt for unknown
+/// users. Any thread.
 namespace platform {
 
 [[nodiscard]] std::optional<std::string> homeOfUser(std::uint32_t userID);

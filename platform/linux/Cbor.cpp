@@ -235,8 +235,8 @@ private:
         }
         const DataView content = m_rest.first(static_cast<std::size_t>(length));
         m_rest = m_rest.subspan(content.size());
-        std::string result(reinterpret_cast<const char*>(content.data()), content.size());
-        return isUTF8(result) ? std::optional(std::move(result)) : std::nullopt;
+        const std::string_view result = charactersOf(content);
+        return isUTF8(result) ? std::optional<std::string>(result) : std::nullopt;
     }
 
     std::optional<Json> textValue(std::uint64_t length) {

@@ -51,8 +51,9 @@ std::string lowercaseASCII(std::string_view text) {
 
 std::weak_ordering localizedCaseInsensitiveCompare(std::string_view first,
                                                    std::string_view second) {
-    static const std::unique_ptr<const icu::Collator> collator = makeCollator();
-    if (!collator) {
+    // Never destroyed: threads may still compare while the process ends.
+    static const icu::Collator* const collator = makeCollator().release();
+    if (collator == nullptr) {
         return lowercase(first) <=> lowercase(second);
     }
     UErrorCode status = U_ZERO_ERROR;

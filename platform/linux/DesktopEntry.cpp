@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/DesktopEntry.h"
 
+#include "platform/linux/TextPieces.h"
+
 #include <cstddef>
 #include <functional>
 #include <map>
@@ -24,9 +26,7 @@ std::optional<Values> readGroup(std::string_view text) {
     std::optional<Values> values;
     bool isInside = false;
     while (!text.empty()) {
-        const auto end = text.find('\n');
-        const std::string_view line = trimmed(text.substr(0, end));
-        text.remove_prefix(end == npos ? text.size() : end + 1);
+        const std::string_view line = trimmed(takePiece(text, '\n'));
         if (line.starts_with('[')) {
             isInside = line == "[Desktop Entry]";
             if (isInside && !values) {
@@ -72,47 +72,47 @@ std::string unescaped(std::string_view value) {
 class ExecReader {
 public:
     explicit ExecReader(std::string_view text)
-        : rest(text) {}
+        : m_rest(text) {}
 
     std::optional<std::vector<std::string>> read() {
-        while (!rest.empty()) {
+        while (!m_rest.empty()) {
             if (!step()) {
                 return std::nullopt;
             }
         }
-        if (quote != '\0') {
+        if (m_quote != '\0') {
             return std::nullopt;
         }
         endWord();
-        return std::move(words);
+        return std::move(m_words);
     }
 
 private:
     bool step() {
-        const char c = rest.front();
-        rest.remove_prefix(1);
+        const char c = m_rest.front();
+        m_rest.remove_prefix(1);
         if (c == '%') {
             return readFieldCode();
         }
-        if (quote != '\0') {
+        if (m_quote != '\0') {
             readQuoted(c);
         } else if (c == ' ' || c == '\t' || c == '\n') {
             endWord();
         } else if (c == '"' || c == '\'') {
-            quote = c;
-            isQuoted = true;
+            m_quote = c;
+            m_isQuoted = true;
         } else {
-            append(c == '\\' && !rest.empty() ? take() : c);
+            append(c == '\\' && !m_rest.empty() ? take() : c);
         }
         return true;
     }
 
     void readQuoted(char c) {
         constexpr std::string_view escapable = "\"`$\\";
-        if (c == quote) {
-            quote = '\0';
-        } else if (c == '\\' && quote == '"' && !rest.empty() &&
-                   escapable.find(rest.front()) != npos) {
+        if (c == m_quote) {
+            m_quote = '\0';
+        } else if (c == '\\' && m_quote == '"' && !m_rest.empty() &&
+                   escapable.find(m_rest.front()) != npos) {
             append(take());
         } else {
             append(c);
@@ -121,39 +121,39 @@ private:
 
     bool readFieldCode() {
         constexpr std::string_view known = "fFuUdDnNickvm";
-        const char code = rest.empty() ? '\0' : take();
+        const char code = m_rest.empty() ? '\0' : take();
         if (code == '%') {
             append('%');
             return true;
         }
-        hasFieldCode = true;
+        m_hasFieldCode = true;
         return code != '\0' && known.find(code) != npos;
     }
 
     // A word of nothing but field codes vanishes, while "" is an empty word.
     void endWord() {
-        if (!word.empty() || (isQuoted && !hasFieldCode)) {
-            words.push_back(std::move(word));
+        if (!m_word.empty() || (m_isQuoted && !m_hasFieldCode)) {
+            m_words.push_back(std::move(m_word));
         }
-        word.clear();
-        isQuoted = false;
-        hasFieldCode = false;
+        m_word.clear();
+        m_isQuoted = false;
+        m_hasFieldCode = false;
     }
 
-    void append(char c) { word.push_back(c); }
+    void append(char c) { m_word.push_back(c); }
 
     char take() {
-        const char c = rest.front();
-        rest.remove_prefix(1);
+        const char c = m_rest.front();
+        m_rest.remove_prefix(1);
         return c;
     }
 
-    std::string_view rest;
-    std::vector<std::string> words;
-    std::string word;
-    char quote = '\0'; ///< the open quotation mark, or NUL
-    bool isQuoted = false;
-    bool hasFieldCode = false;
+    std::string_view m_rest;
+    std::vector<std::string> m_words;
+    std::string m_word;
+    char m_quote = '\0'; ///< the open quotation mark, or NUL
+    bool m_isQuoted = false;
+    bool m_hasFieldCode = false;
 };
 
 } // namespace

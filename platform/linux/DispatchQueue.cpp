@@ -39,31 +39,31 @@ private:
     void serve() noexcept;
     void runQueued(std::unique_lock<std::mutex>& lock);
 
-    std::mutex mutex;
-    std::condition_variable workArrived;
-    std::deque<Work> queue;
+    std::mutex m_mutex;
+    std::condition_variable m_workArrived;
+    std::deque<Work> m_queue;
     /// Workers that exist or are being started.
-    std::size_t workers = 0;
+    std::size_t m_workers = 0;
     /// Those of them that run no work now. One that was woken or is being started still counts,
     /// and so does the work it is going to take: comparing the two tells who is missing.
-    std::size_t idleWorkers = 0;
+    std::size_t m_idleWorkers = 0;
 };
 
 void ThreadPool::submit(Work work) {
     bool needsWorker = false;
     {
-        const std::lock_guard lock(mutex);
-        queue.push_back(std::move(work));
-        needsWorker = queue.size() > idleWorkers && workers < maximumWorkers;
+        const std::lock_guard lock(m_mutex);
+        m_queue.push_back(std::move(work));
+        needsWorker = m_queue.size() > m_idleWorkers && m_workers < maximumWorkers;
         if (needsWorker) {
-            ++workers;
-            ++idleWorkers;
+            ++m_workers;
+            ++m_idleWorkers;
         }
     }
     if (needsWorker) {
         startWorker();
     } else {
-        workArrived.notify_one();
+        m_workArrived.notify_one();
     }
 }
 
@@ -82,34 +82,34 @@ void ThreadPool::startWorker() {
 /// calling thread stands in. Work that it submits meanwhile finds a worker and is merely queued,
 /// which keeps the stack flat.
 void ThreadPool::abandonWorker() {
-    std::unique_lock lock(mutex);
-    if (workers == 1) {
+    std::unique_lock lock(m_mutex);
+    if (m_workers == 1) {
         runQueued(lock);
     }
-    --workers;
-    --idleWorkers;
+    --m_workers;
+    --m_idleWorkers;
 }
 
 void ThreadPool::serve() noexcept {
-    std::unique_lock lock(mutex);
+    std::unique_lock lock(m_mutex);
     do {
         runQueued(lock);
-    } while (workArrived.wait_for(lock, idleTime, [this] { return !queue.empty(); }));
-    --workers;
-    --idleWorkers;
+    } while (m_workArrived.wait_for(lock, idleTime, [this] { return !m_queue.empty(); }));
+    --m_workers;
+    --m_idleWorkers;
 }
 
 /// Runs work until none is queued. `lock` is held on entry and on return, but not around work.
 void ThreadPool::runQueued(std::unique_lock<std::mutex>& lock) {
-    while (!queue.empty()) {
-        Work work = takeFirst(queue);
-        --idleWorkers;
+    while (!m_queue.empty()) {
+        Work work = takeFirst(m_queue);
+        --m_idleWorkers;
         lock.unlock();
         work();
         // What the work owns may submit more work as it goes; that needs the lock.
         work = nullptr;
         lock.lock();
-        ++idleWorkers;
+        ++m_idleWorkers;
     }
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/Environment.h"
 
+#include "platform/linux/TextPieces.h"
+
 #include <cstdlib>
 
 namespace platform {
@@ -26,9 +28,7 @@ bool isSetButEmpty(const char* name) {
 std::vector<std::string_view> foldersInList(std::string_view list) {
     std::vector<std::string_view> folders;
     while (!list.empty()) {
-        const auto end = list.find(':');
-        folders.push_back(list.substr(0, end));
-        list.remove_prefix(end == std::string_view::npos ? list.size() : end + 1);
+        folders.push_back(takePiece(list, ':'));
     }
     return folders;
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/ExtendedAttributes.h"
 
+#include "platform/linux/TextPieces.h"
+
 #include <array>
 #include <cerrno>
 #include <utility>
@@ -34,11 +36,9 @@ NameList::NameList(const std::string& path) {
 bool NameList::contains(std::string_view name) const {
     std::string_view rest = m_names;
     while (!rest.empty()) {
-        const auto end = rest.find('\0');
-        if (rest.substr(0, end) == name) {
+        if (takePiece(rest, '\0') == name) {
             return true;
         }
-        rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
     }
     return false;
 }

@@ -3,10 +3,10 @@
 
 #include "platform/FileManager.h"
 #include "platform/linux/FileIdentity.h"
+#include "platform/linux/TextPieces.h"
 
 #include <cstddef>
 #include <optional>
-#include <unordered_set>
 
 namespace platform {
 namespace {
@@ -16,18 +16,7 @@ constexpr std::size_t maximumSize = std::size_t{1} << 20;
 
 std::string contentsOf(const std::string& path) {
     const Data contents = FileManager::contentsAtPath(path, maximumSize).value_or(Data());
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
-    return {reinterpret_cast<const char*>(contents.data()), contents.size()};
-}
-
-std::unordered_set<std::string> linesOf(std::string_view text) {
-    std::unordered_set<std::string> lines;
-    while (!text.empty()) {
-        const auto end = text.find('\n');
-        lines.emplace(text.substr(0, end));
-        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-    }
-    return lines;
+    return std::string(charactersOf(contents));
 }
 
 // The last list read: items are asked for folder by folder.
@@ -39,6 +28,14 @@ struct Cache {
 
 } // namespace
 
+std::unordered_set<std::string> namesInHiddenList(std::string_view text) {
+    std::unordered_set<std::string> names;
+    while (!text.empty()) {
+        names.emplace(takePiece(text, '\n'));
+    }
+    return names;
+}
+
 bool isListedAsHidden(const std::string& directory, std::string_view name) {
     thread_local Cache cache;
     const std::string path = directory + "/.hidden";
@@ -47,7 +44,7 @@ bool isListedAsHidden(const std::string& directory, std::string_view name) {
         return false;
     }
     if (cache.directory != directory || cache.identity != identity) {
-        cache = {directory, identity, linesOf(contentsOf(path))};
+        cache = {directory, identity, namesInHiddenList(contentsOf(path))};
     }
     return cache.names.contains(std::string(name));
 }

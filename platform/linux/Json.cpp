@@ -21,6 +21,10 @@ constexpr int maximumDepth = 512;
 // destroyed, and end the program where there is none.
 class Writer {
 public:
+    explicit Writer(int levels)
+        : m_text(indent * static_cast<std::size_t>(levels), ' ')
+        , m_depth(levels + 1) {}
+
     std::string take() { return std::move(m_text); }
 
     void write(const Json& json) {
@@ -93,13 +97,13 @@ private:
     }
 
     void beginLine() {
-        constexpr std::size_t indent = 2;
         m_text.push_back('\n');
         m_text.append(indent * static_cast<std::size_t>(m_depth - 1), ' ');
     }
 
+    static constexpr std::size_t indent = 2;
     std::string m_text;
-    int m_depth = 1;
+    int m_depth;
     bool m_isFirst = true; // in what holds the next value
 };
 
@@ -109,8 +113,7 @@ Json::Json(const Json& other)
     : m_value(copyOf(other.m_value)) {}
 
 Json& Json::operator=(const Json& other) {
-    m_value = copyOf(other.m_value);
-    return *this;
+    return *this = Json(other);
 }
 
 std::optional<std::string> Json::serialized(std::string& error) const {
@@ -118,8 +121,16 @@ std::optional<std::string> Json::serialized(std::string& error) const {
         error = "Invalid top-level type in JSON write";
         return std::nullopt;
     }
+    return serialized(0, error);
+}
+
+std::optional<std::string> Json::serializedAsElement(std::string& error) const {
+    return serialized(1, error);
+}
+
+std::optional<std::string> Json::serialized(int levels, std::string& error) const {
     try {
-        Writer writer;
+        Writer writer(levels);
         writer.write(*this);
         return writer.take();
     } catch (const std::invalid_argument& failure) {

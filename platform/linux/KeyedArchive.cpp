@@ -21,7 +21,7 @@ constexpr std::int64_t archiveVersion = 100000;
 constexpr const char* nullObject = "$null";
 
 PropertyList textOrData(const std::string& text) {
-    if (isUTF8(text) && text.find('\0') == std::string::npos) {
+    if (isUTF8WithoutNul(text)) {
         return text;
     }
     const DataView bytes = bytesOf(text);
@@ -33,12 +33,7 @@ std::optional<std::string> textOf(const PropertyList& value) {
         return *text;
     }
     if (const Data* data = value.data()) {
-        std::string text;
-        text.reserve(data->size());
-        for (const std::byte byte : *data) {
-            text.push_back(static_cast<char>(byte));
-        }
-        return text;
+        return std::string(charactersOf(*data));
     }
     return std::nullopt;
 }

@@ -34,7 +34,8 @@ std::string localeName(const char* category) {
 }
 
 std::string_view decimalSeparator() {
-    static const std::string separator = separatorOf(localeName("LC_NUMERIC"));
+    // Never destroyed: threads may still ask while the process ends.
+    static const std::string& separator = *new std::string(separatorOf(localeName("LC_NUMERIC")));
     return separator;
 }
 

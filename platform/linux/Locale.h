@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-/// The user's locale by category, for this folder's own use.
+/// The user's locale by category, for this folder's own use. Any thread.
 namespace platform {
 
 /// The locale of a user who set none, or the C locale.

@@ -30,7 +30,7 @@ std::size_t skipped(std::string_view text, std::size_t start, std::string_view c
 }
 
 /// The number in front of a "$" behind the percent sign; 0 when it is too large.
-std::optional<std::size_t> positionIn(std::string_view text, std::size_t dollar) {
+std::size_t positionIn(std::string_view text, std::size_t dollar) {
     std::size_t position = 0;
     const auto result = std::from_chars(text.data() + 1, text.data() + dollar, position);
     return result.ec == std::errc() ? position : 0;

@@ -33,17 +33,17 @@ private:
     void runFirst();
     static gboolean wake(gpointer self) noexcept;
 
-    std::mutex mutex;
-    WorkList queue;
-    bool wakeSourceAttached = false;
+    std::mutex m_mutex;
+    WorkList m_queue;
+    bool m_wakeSourceAttached = false;
     /// Held by the one thread of ours that services the context or waits to do so.
-    std::mutex servicingTurn;
+    std::mutex m_servicingTurn;
 };
 
 void MainQueue::submit(WorkList& work) {
-    const std::lock_guard lock(mutex);
-    queue.splice(queue.end(), work);
-    if (!wakeSourceAttached) {
+    const std::lock_guard lock(m_mutex);
+    m_queue.splice(m_queue.end(), work);
+    if (!m_wakeSourceAttached) {
         attachWakeSource();
     }
 }
@@ -56,7 +56,7 @@ void MainQueue::attachWakeSource() {
     g_source_set_callback(source, &MainQueue::wake, this, nullptr);
     g_source_attach(source, nullptr);
     g_source_unref(source);
-    wakeSourceAttached = true;
+    m_wakeSourceAttached = true;
 }
 
 gboolean MainQueue::wake(gpointer self) noexcept {
@@ -69,10 +69,10 @@ gboolean MainQueue::wake(gpointer self) noexcept {
 void MainQueue::runFirst() {
     WorkList first;
     {
-        const std::lock_guard lock(mutex);
-        wakeSourceAttached = false;
-        first.splice(first.end(), queue, queue.begin());
-        if (!queue.empty()) {
+        const std::lock_guard lock(m_mutex);
+        m_wakeSourceAttached = false;
+        first.splice(first.end(), m_queue, m_queue.begin());
+        if (!m_queue.empty()) {
             attachWakeSource();
         }
     }
@@ -84,7 +84,7 @@ void MainQueue::runFirst() {
 /// by the thread before. A thread that owns the context already is in work that waits for other
 /// work, or in an application's main loop; it must not wait for anybody's turn.
 void MainQueue::serviceUntil(const std::function<bool()>& done) noexcept {
-    std::unique_lock turn(servicingTurn, std::defer_lock);
+    std::unique_lock turn(m_servicingTurn, std::defer_lock);
     if (g_main_context_is_owner(nullptr) == FALSE) {
         turn.lock();
     }

@@ -55,14 +55,15 @@ int advance(sd_bus* connection, MessageBus::Deadline deadline, sd_bus_message** 
 class Writer {
 public:
     explicit Writer(sd_bus_message* target)
-        : message(target) {}
+        : m_message(target) {}
 
     // Space is asked for because the library refuses characters that it does not think fit for
     // exchange (U+FFFE and the like), which the bus and file names allow.
     void text(const std::string& value) {
         char* space = nullptr;
-        note(status < 0 ? status : bus().messageAppendStringSpace(message, value.size(), &space));
-        if (status >= 0) {
+        note(m_status < 0 ? m_status
+                          : bus().messageAppendStringSpace(m_message, value.size(), &space));
+        if (m_status >= 0) {
             std::ranges::copy(value, space);
         }
     }
@@ -70,8 +71,8 @@ public:
     void descriptor(int value) { basic('h', &value); }
 
     void bytes(const std::vector<std::byte>& value) {
-        note(status < 0 ? status
-                        : bus().messageAppendArray(message, 'y', value.data(), value.size()));
+        note(m_status < 0 ? m_status
+                          : bus().messageAppendArray(m_message, 'y', value.data(), value.size()));
     }
 
     void options(const std::vector<BusOption>& entries) {
@@ -85,7 +86,7 @@ public:
         close();
     }
 
-    [[nodiscard]] int result() const { return status; }
+    [[nodiscard]] int result() const { return m_status; }
 
 private:
     void variant(const BusValue& value) {
@@ -107,17 +108,17 @@ private:
     }
 
     void basic(char type, const void* value) {
-        note(status < 0 ? status : bus().messageAppendBasic(message, type, value));
+        note(m_status < 0 ? m_status : bus().messageAppendBasic(m_message, type, value));
     }
 
     void open(char type, const char* contents) {
-        note(status < 0 ? status : bus().messageOpenContainer(message, type, contents));
+        note(m_status < 0 ? m_status : bus().messageOpenContainer(m_message, type, contents));
     }
-    void close() { note(status < 0 ? status : bus().messageCloseContainer(message)); }
-    void note(int result) { status = std::min(status, result); }
+    void close() { note(m_status < 0 ? m_status : bus().messageCloseContainer(m_message)); }
+    void note(int result) { m_status = std::min(m_status, result); }
 
-    sd_bus_message* message;
-    int status = 0;
+    sd_bus_message* m_message;
+    int m_status = 0;
 };
 
 // Sends the call. Answers the number that its reply will carry.
@@ -262,7 +263,7 @@ std::variant<MessageBus, Unreachable> MessageBus::connect(Opener opener, Deadlin
 
 std::variant<BusReply, MessageBus::TimedOut, Unreachable> MessageBus::call(const BusCall& call,
                                                                            Deadline deadline) {
-    const auto sent = send(connection.get(), call);
+    const auto sent = send(m_connection.get(), call);
     if (const auto* failure = std::get_if<Unreachable>(&sent)) {
         return *failure;
     }
@@ -270,7 +271,7 @@ std::variant<BusReply, MessageBus::TimedOut, Unreachable> MessageBus::call(const
     int result = 0;
     while (result >= 0) {
         sd_bus_message* received = nullptr;
-        result = advance(connection.get(), deadline, &received);
+        result = advance(m_connection.get(), deadline, &received);
         const Message message(received);
         if (answers(received, cookie, call.destination)) {
             return readReply(received);
@@ -284,7 +285,7 @@ std::variant<BusReply, MessageBus::TimedOut, Unreachable> MessageBus::call(const
 }
 
 bool MessageBus::post(const BusCall& call) {
-    return std::holds_alternative<std::uint64_t>(send(connection.get(), call));
+    return std::holds_alternative<std::uint64_t>(send(m_connection.get(), call));
 }
 
 std::variant<BusReply, MessageBus::TimedOut, Unreachable>
@@ -300,7 +301,7 @@ MessageBus::ownerOf(const std::string& name, Deadline deadline) {
 }
 
 int MessageBus::descriptor() const {
-    return std::max(bus().getFd(connection.get()), -1);
+    return std::max(bus().getFd(m_connection.get()), -1);
 }
 
 std::string objectPathForName(std::string_view name) {

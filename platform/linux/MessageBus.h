@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/VariantCopy.h"
+
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -20,6 +22,17 @@ namespace platform {
 using BusValue = std::variant<std::string, std::vector<std::byte>, std::uint64_t, bool>;
 /// One entry of a dictionary "a{sv}".
 struct BusOption {
+    BusOption(std::string key, BusValue content)
+        : name(std::move(key))
+        , value(std::move(content)) {}
+    BusOption(const BusOption& other)
+        : name(other.name)
+        , value(copyOf(other.value)) {}
+    BusOption(BusOption&&) noexcept = default;
+    BusOption& operator=(const BusOption&) = delete;
+    BusOption& operator=(BusOption&&) noexcept = default;
+    ~BusOption() = default;
+
     std::string name;
     BusValue value;
 };
@@ -91,13 +104,13 @@ private:
     using Connection = std::unique_ptr<sd_bus, Close>;
 
     explicit MessageBus(Connection open)
-        : connection(std::move(open)) {}
+        : m_connection(std::move(open)) {}
 
     using Opener = int (*)(sd_bus**);
     [[nodiscard]] static std::variant<MessageBus, Unreachable> connect(Opener opener,
                                                                        Deadline deadline);
 
-    Connection connection;
+    Connection m_connection;
 };
 
 /// The object path that belongs to a reverse-DNS name: "/org/example/Files" for

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/MountTable.h"
 
+#include "platform/linux/TextPieces.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -26,10 +28,7 @@ bool isLocal(const Mount& mount) {
 }
 
 std::string_view nextField(std::string_view& line) {
-    const auto end = std::min(line.find(' '), line.size());
-    const std::string_view field = line.substr(0, end);
-    line.remove_prefix(std::min(end + 1, line.size()));
-    return field;
+    return takePiece(line, ' ');
 }
 
 bool isOctal(char c) {
@@ -85,11 +84,9 @@ bool isAtOrBelow(std::string_view path, std::string_view folder) {
 std::vector<Mount> parse(std::string_view mountinfo) {
     std::vector<Mount> mounts;
     while (!mountinfo.empty()) {
-        const auto end = std::min(mountinfo.find('\n'), mountinfo.size());
-        if (auto mount = parseLine(mountinfo.substr(0, end))) {
+        if (auto mount = parseLine(takePiece(mountinfo, '\n'))) {
             mounts.push_back(*std::move(mount));
         }
-        mountinfo.remove_prefix(std::min(end + 1, mountinfo.size()));
     }
     return mounts;
 }

@@ -2,6 +2,7 @@
 #include "platform/PathString.h"
 
 #include "platform/FileManager.h"
+#include "platform/linux/TextPieces.h"
 
 #include <algorithm>
 #include <array>
@@ -89,11 +90,10 @@ std::string expandingTilde(std::string_view path) {
 std::vector<std::string_view> components(std::string_view path) {
     std::vector<std::string_view> result;
     while (!path.empty()) {
-        const auto slash = path.find('/');
-        if (slash != 0) {
-            result.push_back(path.substr(0, slash));
+        const std::string_view component = takePiece(path, '/');
+        if (!component.empty()) {
+            result.push_back(component);
         }
-        path.remove_prefix(slash == npos ? path.size() : slash + 1);
     }
     return result;
 }

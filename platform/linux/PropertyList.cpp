@@ -26,10 +26,6 @@ struct FreeMemory {
 template <class T>
 using Memory = std::unique_ptr<T, FreeMemory>;
 
-DataView viewOf(const char* bytes, std::size_t size) {
-    return std::as_bytes(std::span<const char>(bytes, size));
-}
-
 std::optional<PropertyList> converted(plist_t node, std::size_t depth);
 
 std::optional<PropertyList> convertedArray(plist_t node, std::size_t depth) {
@@ -86,7 +82,7 @@ std::optional<PropertyList> convertedData(plist_t node) {
     if (bytes == nullptr) {
         return PropertyList(Data());
     }
-    const DataView view = viewOf(bytes, static_cast<std::size_t>(size));
+    const DataView view = bytesOf({bytes, static_cast<std::size_t>(size)});
     return PropertyList(Data(view.begin(), view.end()));
 }
 
@@ -152,12 +148,10 @@ struct Builder {
     }
     Node operator()(double value) const { return Node(plist_new_real(value)); }
     Node operator()(const std::string& text) const {
-        const bool fits = isUTF8(text) && text.find('\0') == std::string::npos;
-        return Node(fits ? plist_new_string(text.c_str()) : nullptr);
+        return Node(isUTF8WithoutNul(text) ? plist_new_string(text.c_str()) : nullptr);
     }
     Node operator()(const Data& bytes) const {
-        // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
-        return Node(plist_new_data(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+        return Node(plist_new_data(charactersOf(bytes).data(), bytes.size()));
     }
     Node operator()(PropertyList::AbsoluteTime time) const {
         const double whole = std::floor(time.seconds);
@@ -184,7 +178,7 @@ struct Builder {
         Node node(plist_new_dict());
         for (const auto& [key, value] : dictionary) {
             Node item = below(value);
-            if (!item || !isUTF8(key) || key.find('\0') != std::string::npos) {
+            if (!item || !isUTF8WithoutNul(key)) {
                 return nullptr;
             }
             plist_dict_set_item(node.get(), key.c_str(), item.release());
@@ -199,20 +193,20 @@ PropertyList::PropertyList(const PropertyList& other)
     : m_value(copyOf(other.m_value)) {}
 
 PropertyList& PropertyList::operator=(const PropertyList& other) {
-    m_value = copyOf(other.m_value);
-    return *this;
+    return *this = PropertyList(other);
 }
 
 std::optional<PropertyList> PropertyList::parse(DataView bytes) {
-    const bool isSafe = PropertyListGuard::isBinary(bytes) ? PropertyListGuard::isSafeBinary(bytes)
-                                                           : PropertyListGuard::isSafeXML(bytes);
+    const bool isBinary = PropertyListGuard::isBinary(bytes);
+    const bool isSafe =
+        isBinary ? PropertyListGuard::isSafeBinary(bytes) : PropertyListGuard::isSafeXML(bytes);
     if (bytes.empty() || !isSafe) {
         return std::nullopt;
     }
+    // The form is not left to the library to find out: later versions know more than were checked.
+    const auto read = isBinary ? plist_from_bin : plist_from_xml;
     plist_t root = nullptr;
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
-    plist_from_memory(reinterpret_cast<const char*>(bytes.data()),
-                      static_cast<std::uint32_t>(bytes.size()), &root);
+    read(charactersOf(bytes).data(), static_cast<std::uint32_t>(bytes.size()), &root);
     const Node owner(root);
     return root == nullptr ? std::nullopt : converted(root, 1);
 }
@@ -230,7 +224,7 @@ Data PropertyList::serialized(Format format) const {
         plist_to_xml(root.get(), &bytes, &size);
     }
     const Memory<char> owner(bytes);
-    const DataView view = bytes == nullptr ? DataView() : viewOf(bytes, size);
+    const DataView view = bytes == nullptr ? DataView() : bytesOf({bytes, size});
     return {view.begin(), view.end()};
 }
 

@@ -17,9 +17,6 @@ constexpr std::size_t trailerSize = 32;
 constexpr std::uint64_t maximumExpandedSize = std::uint64_t{128} << 20;
 constexpr std::uint64_t valueOverhead = 16;
 
-// As far as the end of a tag is looked for; a bound, since tags may be many and unfinished.
-constexpr std::size_t maximumTagSize = 256;
-
 std::uint64_t bigEndian(DataView bytes) {
     std::uint64_t value = 0;
     for (const std::byte byte : bytes) {
@@ -213,6 +210,28 @@ bool BinaryChecker::walk(std::size_t top) {
     return sound;
 }
 
+// What the markup at the start of `text` holds between its brackets; nullopt where it has no end,
+// or readers could differ on it: only comments and CDATA sections may hold brackets of others. What
+// one reader skips and another does not could close, for the latter alone, what stays open.
+std::optional<std::string_view> contentOfMarkup(std::string_view text) {
+    constexpr std::string_view comment = "<!--";
+    constexpr std::string_view verbatim = "<![CDATA[";
+    const bool isComment = text.starts_with(comment);
+    const bool isVerbatim = text.starts_with(verbatim);
+    const auto end = isComment    ? text.find("-->", comment.size())
+                     : isVerbatim ? text.find("]]>", verbatim.size())
+                                  : text.find('>');
+    if (end == std::string_view::npos) {
+        return std::nullopt;
+    }
+    const std::string_view content = text.substr(1, end - 1);
+    const bool isPlain =
+        content.find_first_of("<[") == std::string_view::npos &&
+        std::ranges::count(content, '"') % 2 == 0 &&
+        (!content.starts_with('?') || (content.size() > 1 && content.ends_with('?')));
+    return isComment || isVerbatim || isPlain ? std::optional(content) : std::nullopt;
+}
+
 } // namespace
 
 bool isBinary(DataView bytes) {
@@ -228,23 +247,23 @@ bool isSafeXML(DataView bytes) {
     if (bytes.size() > maximumSize || std::ranges::find(bytes, std::byte{0}) != bytes.end()) {
         return false;
     }
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
-    std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    const std::string_view text = charactersOf(bytes);
     std::size_t depth = 0;
-    // Elements that close themselves and those in comments are counted too: no honest file opens
-    // hundreds of containers that are never closed.
-    for (auto at = text.find('<'); at != std::string_view::npos; at = text.find('<')) {
-        text.remove_prefix(at + 1);
-        const bool closes = text.starts_with('/');
-        const std::string_view name = text.substr(closes ? 1 : 0, 5);
+    std::size_t length = 0;
+    for (auto at = text.find('<'); at != std::string_view::npos; at = text.find('<', at + length)) {
+        const auto content = contentOfMarkup(text.substr(at));
+        if (!content) {
+            return false;
+        }
+        length = content->size() + 1;
+        const bool closes = content->starts_with('/');
+        const std::string_view name = content->substr(closes ? 1 : 0, 5);
         if (!name.starts_with("dict") && name != "array") {
             continue;
         }
-        const std::string_view tag = text.substr(0, maximumTagSize);
-        const bool isEmpty = tag.substr(0, tag.find('>')).ends_with('/');
         if (closes && depth > 0) {
             --depth;
-        } else if (!closes && !isEmpty && ++depth > maximumDepth) {
+        } else if (!closes && !content->ends_with('/') && ++depth > maximumDepth) {
             return false;
         }
     }

@@ -10,13 +10,13 @@ class Library {
 public:
     // Never closed: what it has started may still be running.
     explicit Library(const char* name)
-        : handle(::dlopen(name, RTLD_NOW | RTLD_LOCAL)) {
-        noteFailure(handle);
+        : m_handle(::dlopen(name, RTLD_NOW | RTLD_LOCAL)) {
+        noteFailure(m_handle);
     }
 
     template <class Function>
     void find(Function& function, const char* name) {
-        void* const symbol = handle == nullptr ? nullptr : ::dlsym(handle, name);
+        void* const symbol = m_handle == nullptr ? nullptr : ::dlsym(m_handle, name);
         noteFailure(symbol);
         // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): dlsym knows no functions
         function = reinterpret_cast<Function>(symbol);
@@ -34,7 +34,7 @@ private:
     }
 
     std::string m_failure;
-    void* handle;
+    void* m_handle;
 };
 
 std::variant<SdBus, std::string> loaded() {

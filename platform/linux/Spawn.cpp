@@ -18,15 +18,15 @@ namespace {
 class Setting {
 public:
     explicit Setting(const SpawnRequest& request) {
-        ::posix_spawn_file_actions_init(&actions);
-        ::posix_spawnattr_init(&attributes);
+        ::posix_spawn_file_actions_init(&m_actions);
+        ::posix_spawnattr_init(&m_attributes);
         for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
             note(connect(stream, request.streams.at(static_cast<std::size_t>(stream))));
         }
-        note(::posix_spawn_file_actions_addclosefrom_np(&actions, STDERR_FILENO + 1));
+        note(::posix_spawn_file_actions_addclosefrom_np(&m_actions, STDERR_FILENO + 1));
         if (!request.workingDirectory.empty()) {
-            note(
-                ::posix_spawn_file_actions_addchdir_np(&actions, request.workingDirectory.c_str()));
+            note(::posix_spawn_file_actions_addchdir_np(&m_actions,
+                                                        request.workingDirectory.c_str()));
         }
         setAttributes(request.startsSession);
     }
@@ -35,16 +35,16 @@ public:
     Setting(Setting&&) = delete;
     Setting& operator=(Setting&&) = delete;
     ~Setting() {
-        ::posix_spawnattr_destroy(&attributes);
-        ::posix_spawn_file_actions_destroy(&actions);
+        ::posix_spawnattr_destroy(&m_attributes);
+        ::posix_spawn_file_actions_destroy(&m_actions);
     }
 
     // Safe in a child of a process with several threads: it allocates nothing.
     SpawnResult spawn(const char* program, std::vector<char*>& words) const {
         SpawnResult result;
-        result.error = error != 0 ? error
-                                  : ::posix_spawn(&result.process, program, &actions, &attributes,
-                                                  words.data(), ::environ);
+        result.error = m_error != 0 ? m_error
+                                    : ::posix_spawn(&result.process, program, &m_actions,
+                                                    &m_attributes, words.data(), ::environ);
         if (result.error != 0) {
             result.process = -1;
         }
@@ -53,12 +53,12 @@ public:
 
 private:
     // A program that got other files than it should must not run at all.
-    void note(int failure) { error = error != 0 ? error : failure; }
+    void note(int failure) { m_error = m_error != 0 ? m_error : failure; }
 
     int connect(int stream, int descriptor) {
         return descriptor == SpawnRequest::nullDevice
-                   ? ::posix_spawn_file_actions_addopen(&actions, stream, "/dev/null", O_RDWR, 0)
-                   : ::posix_spawn_file_actions_adddup2(&actions, descriptor, stream);
+                   ? ::posix_spawn_file_actions_addopen(&m_actions, stream, "/dev/null", O_RDWR, 0)
+                   : ::posix_spawn_file_actions_adddup2(&m_actions, descriptor, stream);
     }
 
     // What this process ignores or blocks is its own affair.
@@ -67,41 +67,41 @@ private:
         sigset_t none;
         ::sigfillset(&all);
         ::sigemptyset(&none);
-        ::posix_spawnattr_setsigdefault(&attributes, &all);
-        ::posix_spawnattr_setsigmask(&attributes, &none);
+        ::posix_spawnattr_setsigdefault(&m_attributes, &all);
+        ::posix_spawnattr_setsigmask(&m_attributes, &none);
         int flags = POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK;
         if (startsSession) {
             flags |= POSIX_SPAWN_SETSID;
         }
-        ::posix_spawnattr_setflags(&attributes, static_cast<short>(flags));
+        ::posix_spawnattr_setflags(&m_attributes, static_cast<short>(flags));
     }
 
-    posix_spawn_file_actions_t actions{};
-    posix_spawnattr_t attributes{};
-    int error = 0; // why the actions are not complete
+    posix_spawn_file_actions_t m_actions{};
+    posix_spawnattr_t m_attributes{};
+    int m_error = 0; // why the actions are not complete
 };
 
 /// A request in the form in which the C library takes it.
 class Launch {
 public:
     explicit Launch(const SpawnRequest& request)
-        : program(request.program)
-        , command(request.command)
-        , setting(request) {
-        words.reserve(command.size() + 1);
-        for (std::string& word : command) {
-            words.push_back(word.data());
+        : m_program(request.program)
+        , m_command(request.command)
+        , m_setting(request) {
+        m_words.reserve(m_command.size() + 1);
+        for (std::string& word : m_command) {
+            m_words.push_back(word.data());
         }
-        words.push_back(nullptr);
+        m_words.push_back(nullptr);
     }
 
-    SpawnResult start() { return setting.spawn(program.c_str(), words); }
+    SpawnResult start() { return m_setting.spawn(m_program.c_str(), m_words); }
 
 private:
-    std::string program;
-    std::vector<std::string> command;
-    std::vector<char*> words;
-    Setting setting;
+    std::string m_program;
+    std::vector<std::string> m_command;
+    std::vector<char*> m_words;
+    Setting m_setting;
 };
 
 /// A copy of this process without a signal for its end: 0 there, -1 when there is none. The C

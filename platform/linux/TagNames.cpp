@@ -2,6 +2,7 @@
 #include "platform/linux/TagNames.h"
 
 #include "platform/PropertyList.h"
+#include "platform/linux/TextPieces.h"
 
 #include <algorithm>
 #include <utility>
@@ -11,15 +12,6 @@ namespace {
 
 constexpr char separator = ',';
 constexpr char colorMark = '\n';
-
-std::string textOf(DataView bytes) {
-    std::string text;
-    text.reserve(bytes.size() + 1);
-    for (const std::byte byte : bytes) {
-        text.push_back(static_cast<char>(byte));
-    }
-    return text;
-}
 
 std::optional<Names> textsIn(const std::optional<PropertyList>& list) {
     if (!list || list->array() == nullptr) {
@@ -40,11 +32,10 @@ std::optional<Names> textsIn(const std::optional<PropertyList>& list) {
 Names fromDesktopValue(std::string_view value) {
     Names names;
     while (!value.empty()) {
-        const auto end = value.find(separator);
-        if (end != 0) {
-            names.emplace_back(value.substr(0, end));
+        const std::string_view name = takePiece(value, separator);
+        if (!name.empty()) {
+            names.emplace_back(name);
         }
-        value.remove_prefix(end == std::string_view::npos ? value.size() : end + 1);
     }
     return names;
 }
@@ -90,7 +81,7 @@ std::optional<std::string> toFinderValue(const FinderList& list) {
     if (bytes.empty()) {
         return std::nullopt;
     }
-    std::string value = textOf(bytes);
+    std::string value(charactersOf(bytes));
     if (list.endsInZero) {
         value.push_back('\0');
     }

@@ -3,6 +3,7 @@
 
 #include "platform/FileManager.h"
 #include "platform/FileTags.h"
+#include "platform/linux/Descriptor.h"
 
 #include <algorithm>
 #include <condition_variable>
@@ -11,6 +12,7 @@
 #include <exception>
 #include <iterator>
 #include <mutex>
+#include <new>
 #include <string_view>
 #include <thread>
 #include <utility>
@@ -39,23 +41,14 @@ bool carriesTag(const std::string& path, const std::string& tag) {
 class Folder {
 public:
     explicit Folder(const std::string& path)
-        : m_descriptor(
+        : m_folder(
               ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK)) {}
-    Folder(const Folder&) = delete;
-    Folder& operator=(const Folder&) = delete;
-    Folder(Folder&&) = delete;
-    Folder& operator=(Folder&&) = delete;
-    ~Folder() {
-        if (m_descriptor >= 0) {
-            ::close(m_descriptor);
-        }
-    }
 
     // Calls `use(name, isFolder)` for every entry; for none when the folder cannot be read.
     template <class Use>
     void forEachEntry(std::vector<std::byte>& buffer, const Use& use) const {
-        while (m_descriptor >= 0) {
-            const ssize_t size = ::getdents64(m_descriptor, buffer.data(), buffer.size());
+        while (m_folder.number() >= 0) {
+            const ssize_t size = ::getdents64(m_folder.number(), buffer.data(), buffer.size());
             if (size <= 0) {
                 return;
             }
@@ -89,12 +82,12 @@ private:
             return type == DT_DIR;
         }
         struct stat status {};
-        return ::fstatat(m_descriptor, std::string(name).c_str(), &status, AT_SYMLINK_NOFOLLOW) ==
-                   0 &&
+        return ::fstatat(m_folder.number(), std::string(name).c_str(), &status,
+                         AT_SYMLINK_NOFOLLOW) == 0 &&
                S_ISDIR(status.st_mode);
     }
 
-    int m_descriptor;
+    Descriptor m_folder;
 };
 
 // One search: folders that wait, and threads that take the last of them, so that few ever wait.
@@ -124,28 +117,51 @@ public:
         for (std::thread& thread : threads) {
             thread.join();
         }
+        if (m_lacksMemory) {
+            throw std::bad_alloc();
+        }
         std::ranges::sort(m_found);
         return std::move(m_found);
     }
 
 private:
-    void serve() {
-        std::vector<std::byte> buffer(readSize);
+    void serve() noexcept {
+        std::vector<std::byte> buffer;
         std::unique_lock lock(m_mutex);
         while (true) {
-            m_changed.wait(lock, [this] { return !m_waiting.empty() || m_busy == 0; });
-            if (m_waiting.empty()) {
+            m_changed.wait(lock, [this] { return !m_waiting.empty() || isOver(); });
+            if (m_waiting.empty() || m_lacksMemory) {
                 return;
             }
-            const std::string folder = std::move(m_waiting.back());
-            m_waiting.pop_back();
             ++m_busy;
-            lock.unlock();
-            Findings findings = look(folder, buffer);
-            lock.lock();
+            try {
+                takeFolder(lock, buffer);
+            } catch (const std::bad_alloc&) {
+                if (!lock.owns_lock()) {
+                    lock.lock();
+                }
+                m_lacksMemory = true;
+            }
             --m_busy;
-            take(std::move(findings));
+            if (!m_waiting.empty() || isOver()) {
+                m_changed.notify_all();
+            }
         }
+    }
+
+    // Whichever thread runs out of memory ends the search for all.
+    [[nodiscard]] bool isOver() const { return m_busy == 0 || m_lacksMemory; }
+
+    // `lock` is held on entry and on return, but not while the folder is looked at.
+    void takeFolder(std::unique_lock<std::mutex>& lock, std::vector<std::byte>& buffer) {
+        const std::string folder = std::move(m_waiting.back());
+        m_waiting.pop_back();
+        lock.unlock();
+        buffer.resize(readSize);
+        Findings findings = look(folder, buffer);
+        lock.lock();
+        std::ranges::move(findings.tagged, std::back_inserter(m_found));
+        std::ranges::move(findings.folders, std::back_inserter(m_waiting));
     }
 
     struct Findings {
@@ -171,14 +187,6 @@ private:
         return findings;
     }
 
-    void take(Findings findings) {
-        std::ranges::move(findings.tagged, std::back_inserter(m_found));
-        std::ranges::move(findings.folders, std::back_inserter(m_waiting));
-        if (!findings.folders.empty() || m_busy == 0) {
-            m_changed.notify_all();
-        }
-    }
-
     const SearchScope& m_scope;
     const std::string& m_tag;
     std::mutex m_mutex;
@@ -186,6 +194,7 @@ private:
     std::vector<std::string> m_waiting;
     std::vector<std::string> m_found;
     std::size_t m_busy = 0;
+    bool m_lacksMemory = false;
 };
 
 // Whether the path leads to this mount, and not to another one on top of it.
@@ -218,9 +227,7 @@ SearchScope localComputerScope() {
     constexpr std::size_t maximumTableSize = std::size_t{16} << 20;
     const Data table =
         FileManager::contentsAtPath("/proc/self/mountinfo", maximumTableSize).value_or(Data());
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
-    const std::string_view text(reinterpret_cast<const char*>(table.data()), table.size());
-    const std::vector<MountTable::Mount> mounts = MountTable::parse(text);
+    const std::vector<MountTable::Mount> mounts = MountTable::parse(charactersOf(table));
     std::vector<MountTable::Mount> reachable;
     std::ranges::copy_if(mounts, std::back_inserter(reachable), isReachable);
     return scopeOf(mounts, std::move(reachable));

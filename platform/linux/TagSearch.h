@@ -23,7 +23,8 @@ struct SearchScope {
 [[nodiscard]] SearchScope localComputerScope();
 
 /// The paths of the items within `scope` that carry a tag named exactly `tag`, sorted. Walks with
-/// several threads and returns when they are done.
+/// several threads and returns when they are done. Throws std::bad_alloc when any of them runs out
+/// of memory.
 [[nodiscard]] std::vector<std::string> itemsWithTag(const SearchScope& scope,
                                                     const std::string& tag);
 

@@ -10,11 +10,6 @@
 namespace platform::Text {
 namespace {
 
-std::string_view charactersOf(DataView bytes) {
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
 bool isASCII(char c) {
     return static_cast<unsigned char>(c) < 0x80;
 }

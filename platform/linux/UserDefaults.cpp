@@ -5,6 +5,7 @@
 #include "platform/FileManager.h"
 #include "platform/PropertyListReadings.h"
 #include "platform/linux/FileIdentity.h"
+#include "platform/linux/PropertyListGuard.h"
 #include "platform/linux/XdgFolders.h"
 
 #include <atomic>
@@ -14,9 +15,6 @@
 
 namespace platform {
 namespace {
-
-// As much as a property list may have.
-constexpr std::size_t maximumSize = std::size_t{16} << 20;
 
 std::atomic<UserDefaults*>& replacement() {
     static std::atomic<UserDefaults*> other = nullptr;
@@ -55,10 +53,10 @@ struct UserDefaults::File {
 };
 
 UserDefaults::File UserDefaults::read(const std::optional<FileIdentity>& identity) const {
-    if (!identity || identity->size > static_cast<std::int64_t>(maximumSize)) {
+    if (!identity || identity->size > static_cast<std::int64_t>(PropertyListGuard::maximumSize)) {
         return {identity, {}};
     }
-    const auto contents = FileManager::contentsAtPath(m_path, maximumSize);
+    const auto contents = FileManager::contentsAtPath(m_path, PropertyListGuard::maximumSize);
     return contents ? File{identity, dictionaryIn(*contents)} : File();
 }
 

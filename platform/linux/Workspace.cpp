@@ -27,9 +27,7 @@ std::optional<DesktopEntry> entryOf(const std::string& application) {
         const auto contents = FileManager::contentsAtPath(
             format("{}/applications/{}.desktop", folder, application), maximumSize);
         if (contents) {
-            // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
-            const auto* text = reinterpret_cast<const char*>(contents->data());
-            return DesktopEntry::parse({text, contents->size()});
+            return DesktopEntry::parse(charactersOf(*contents));
         }
     }
     return std::nullopt;

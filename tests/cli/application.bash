@@ -40,16 +40,6 @@ stop_all() {
     done
 }
 
-wait_for() {
-    local try
-    for try in $(seq 500); do
-        ! "$@" || return 0
-        sleep 0.02
-    done
-    echo "waited in vain for: $*" >&2
-    return 1
-}
-
 # The Nth script that the application got is standard input, to the last byte.
 script_is() {
     cat >"$seen/wanted"

@@ -105,13 +105,3 @@ stop_system() {
     kill "${services[@]}" 2>/dev/null || true
     wait "${services[@]}" 2>/dev/null || true
 }
-
-# wait_for COMMAND: until it succeeds.
-wait_for() {
-    local i
-    for ((i = 0; i < 200; i++)); do
-        "$@" >/dev/null 2>&1 && return 0
-        sleep 0.05
-    done
-    complain "waited in vain for: $*"
-}

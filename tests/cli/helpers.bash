@@ -124,6 +124,16 @@ complain() {
     return 1
 }
 
+# wait_for COMMAND...: until it succeeds.
+wait_for() {
+    local try
+    for ((try = 0; try < 20 * limit; try++)); do
+        ! "$@" >/dev/null 2>&1 || return 0
+        sleep 0.05
+    done
+    complain "waited in vain for: $*"
+}
+
 # Checks the JSON document on standard output with a Python expression about `document`. Texts
 # that stand for bytes outside UTF-8 must have become replacement characters before.
 json_holds() {

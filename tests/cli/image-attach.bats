@@ -5,16 +5,12 @@
 load helpers
 load images
 
-# mounts_as IMAGE TREE: attaching shows exactly these files, and detaching takes them away.
-mounts_as() {
-    attach "$1"
-    succeeds
-    local point
-    point=$(mount_point)
-    diff -r --no-dereference -x lost+found "$2" "$point"
-    detaches "$point"
-    [ ! -e "$point" ]
-    nothing_left
+# two_volumes IMAGE: partitions "A" and "B".
+two_volumes() {
+    truncate -s 64M "$1"
+    printf 'label: gpt\nstart=2048, size=20480\nsize=20480\n' | sfdisk -q "$1"
+    mkfs.ext4 -q -L A -E offset=$((2048 * 512)) "$1" 10M
+    mkfs.ext4 -q -L B -E offset=$(((2048 + 20480) * 512)) "$1" 10M
 }
 
 @test "an ext4 image is mounted by the kernel, for writing" {
@@ -147,12 +143,17 @@ mounts_as() {
     nothing_left
 }
 
+# two_volumes IMAGE: partitions "A" and "B".
+two_volumes() {
+    truncate -s 64M "$1"
+    printf 'label: gpt\nstart=2048, size=20480\nsize=20480\n' | sfdisk -q "$1"
+    mkfs.ext4 -q -L A -E offset=$((2048 * 512)) "$1" 10M
+    mkfs.ext4 -q -L B -E offset=$(((2048 + 20480) * 512)) "$1" 10M
+}
+
 @test "a busy volume is refused and stays whole" {
     needs_loop_devices
-    truncate -s 64M disk.img
-    printf 'label: gpt\nstart=2048, size=20480\nsize=20480\n' | sfdisk -q disk.img
-    mkfs.ext4 -q -L A -E offset=$((2048 * 512)) disk.img 10M
-    mkfs.ext4 -q -L B -E offset=$(((2048 + 20480) * 512)) disk.img 10M
+    two_volumes disk.img
     attach disk.img
     local first second
     first=$(mount_point 0)
@@ -199,14 +200,6 @@ mounts_as() {
     mountpoint -q "$(mount_point)"
     detaches "$(mount_point)"
     nothing_left
-}
-
-# two_volumes IMAGE: partitions "A" and "B".
-two_volumes() {
-    truncate -s 64M "$1"
-    printf 'label: gpt\nstart=2048, size=20480\nsize=20480\n' | sfdisk -q "$1"
-    mkfs.ext4 -q -L A -E offset=$((2048 * 512)) "$1" 10M
-    mkfs.ext4 -q -L B -E offset=$(((2048 + 20480) * 512)) "$1" 10M
 }
 
 @test "who has unmounted one volume of an image keeps the others" {
@@ -318,74 +311,6 @@ two_volumes() {
     nothing_left
 }
 
-# udif_of DISK IMAGE KIND [TABLES]
-udif_of() {
-    "$MAKE_UDIF" "$@"
-}
-
-@test "UDIF images of every kind are expanded, and the disk is gone when they are detached" {
-    needs_loop_devices
-    make_tree
-    truncate -s 8M fs.img
-    mkfs.ext4 -q -L "In a dmg" -d tree fs.img
-    local kind
-    for kind in raw zlib bzip2 lzma adc; do
-        udif_of fs.img "$kind.dmg" "$kind" 3
-        attach "$kind.dmg"
-        succeeds
-        cmp -n 8388608 fs.img "$XDG_CACHE_HOME"/quillmere/disks/*.disk
-        detaches "$(mount_point)"
-        mounts_as "$kind.dmg" tree
-    done
-}
-
-@test "a UDIF image with partitions" {
-    needs_loop_devices
-    make_tree
-    truncate -s 32M disk.img
-    printf 'label: gpt\nsize=20480\nsize=20480\n' | sfdisk -q disk.img
-    mkfs.ext4 -q -L Parted -d tree -E offset=$((2048 * 512)) disk.img 10M
-    udif_of disk.img x.dmg zlib
-    mounts_as x.dmg tree
-}
-
-@test "a sparse bundle is expanded" {
-    needs_loop_devices
-    make_tree
-    truncate -s 8M fs.img
-    mkfs.ext4 -q -L Bundle -d tree fs.img
-    mkdir -p x.sparsebundle
-    split -b 1M -a 1 -d fs.img x.sparsebundle/band
-    mkdir x.sparsebundle/bands
-    local number
-    for number in 0 1 2 3 4 5 6 7; do
-        mv "x.sparsebundle/band$number" "x.sparsebundle/bands/$number"
-    done
-    python3 -c '
-import plistlib
-plistlib.dump({"diskimage-bundle-type": "com.apple.diskimage.sparsebundle", "band-size": 1 << 20,
-               "size": 8 << 20}, open("x.sparsebundle/Info.plist", "wb"))'
-    mounts_as x.sparsebundle tree
-}
-
-@test "damaged UDIF images are refused and leave nothing behind" {
-    make_tree
-    truncate -s 8M fs.img
-    mkfs.ext4 -q -d tree fs.img
-    udif_of fs.img x.dmg zlib
-    python3 - <<'END'
-data = bytearray(open("x.dmg", "rb").read())
-for offset in range(3000, 200000, 997):
-    data[offset] ^= 0x55
-open("x.dmg", "wb").write(data)
-END
-    attach x.dmg
-    stdout_is_empty
-    [ "$(wc -l <"$seen/err")" -eq 1 ]
-    status_is 1
-    nothing_left
-}
-
 @test "what can only be copied is copied" {
     command -v 7z >/dev/null || skip "no 7z here"
     make_tree
@@ -399,12 +324,67 @@ END
     nothing_left
 }
 
+# vfat_image NAME CONTENTS: with one file of that name in it.
+vfat_image() {
+    truncate -s 4M made.img
+    mkfs.vfat made.img >/dev/null
+    echo x >"$2"
+    mcopy -i made.img "$2" :: || skip "no mtools here"
+    mv made.img "$1"
+}
+
+# attach_by_copy IMAGE PATH: without the system's own drivers and the rights of root.
+attach_by_copy() {
+    local -a mantle=()
+    if is_root; then
+        mantle=("$(command -v setpriv)" --bounding-set=-sys_admin,-dac_override)
+    fi
+    capture env PATH="$2" "${mantle[@]}" "$HDIUTIL" attach "$1" -plist -noverify
+}
+
+@test "a copy is that of the image alone, whatever its name" {
+    command -v 7z >/dev/null || skip "no 7z here"
+    vfat_image 'a?.img' one
+    vfat_image ab.img other
+    attach_by_copy 'a?.img' "$PATH"
+    succeeds
+    [ "$(ls "$(mount_point)")" = one ]
+    detaches "$(mount_point)"
+    nothing_left
+}
+
+@test "a copy that was not finished is removed" {
+    vfat_image fat.img one
+    mkdir bin
+    local end
+    for end in 'exit 2' 'kill -KILL $PPID'; do
+        cat >bin/7z <<END
+#!/bin/sh
+PATH=$PATH
+for word; do
+    case \$word in -o*) cd "\${word#-o}" ;; esac
+done
+mkdir folder
+: >folder/file
+chmod 500 folder
+touch "$box/was here"
+$end
+END
+        chmod +x bin/7z
+        attach_by_copy fat.img "$box/bin"
+        rm "was here"
+        attach_by_copy fat.img /nowhere
+        fails_because attach "no mountable file systems"
+        nothing_left
+    done
+}
+
 @test "the service mounts, announces and unmounts a real image" {
     needs_loop_devices
     make_tree
     truncate -s 8M fs.img
     mkfs.ext4 -q -L "End to end" -d tree fs.img
-    udif_of fs.img "an image.dmg" zlib
+    "$MAKE_UDIF" fs.img "an image.dmg" zlib
     capture "$MOUNT_IMAGE" "$box/an image.dmg"
     succeeds
     local point="$XDG_RUNTIME_DIR/quillmere/volumes/End to end"

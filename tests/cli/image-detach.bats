@@ -1,6 +1,7 @@
 #!/usr/bin/env bats
 # SPDX-License-Identifier: Apache-2.0
-# Detaching as an ordinary user, to whom the system does not tell beforehand what is in use.
+# The tool in the hands of an ordinary user, to whom the system does not tell beforehand what is in
+# use.
 
 load helpers
 load images
@@ -73,4 +74,14 @@ all_there() {
     stdout_is_empty
     succeeds
     nothing_left
+}
+
+@test "without a folder for what is attached, that is the reason" {
+    truncate -s 8M fs.img
+    find_user
+    unset XDG_RUNTIME_DIR
+    as_user attach fs.img -plist -noverify
+    fails_because attach "No such file or directory"
+    as_user detach /nowhere
+    fails_because detach "No such file or directory"
 }

@@ -61,21 +61,9 @@ print([(p["start"], p["size"]) for p in json.load(sys.stdin)["partitiontable"]["
 }
 
 @test "a sparse bundle" {
-    mkdir -p "x.sparsebundle/bands"
     truncate -s 8M fs.img
     mkfs.ext4 -q -L Sparse fs.img
-    python3 - <<'END'
-import plistlib
-band = 1 << 20
-plistlib.dump({"diskimage-bundle-type": "com.apple.diskimage.sparsebundle",
-               "band-size": band, "size": 8 << 20, "CFBundleInfoDictionaryVersion": "6.0"},
-              open("x.sparsebundle/Info.plist", "wb"))
-data = open("fs.img", "rb").read()
-for number in range(8):
-    piece = data[number * band:(number + 1) * band].rstrip(b"\0")
-    if piece:
-        open(f"x.sparsebundle/bands/{number:x}", "wb").write(piece)
-END
+    make_bundle fs.img x.sparsebundle
     info x.sparsebundle
     plist_is "document['Format'], document['Total Bytes']" "('UDSB', 8388608)"
     plist_is "document['partitions']['partitions'][0]['partition-filesystems']" "{'ext4': 'Sparse'}"
@@ -112,6 +100,20 @@ END
     status_is 1
     hdiutil imageinfo /dev/null -plist
     status_is 1
+}
+
+@test "what there is no memory for" {
+    [ -z "${SANITIZERS:-}" ] || skip "sanitizers need memory of their own"
+    python3 - <<'END'
+import struct
+list_size = 16 << 20
+trailer = bytearray(512)
+struct.pack_into(">4sLL", trailer, 0, b"koly", 4, 512)
+struct.pack_into(">QQ", trailer, 216, 0, list_size)
+open("large.dmg", "wb").write(bytes(list_size) + trailer)
+END
+    capture prlimit --data=$((8 << 20)) "$HDIUTIL" imageinfo large.dmg -plist
+    fails_because imageinfo "std::bad_alloc"
 }
 
 @test "other words than the three invocations" {

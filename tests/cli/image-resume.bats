@@ -43,16 +43,7 @@ END
 }
 
 bundle() {
-    python3 - <<'END'
-import os, plistlib
-size = 1 << 20
-os.makedirs("x.sparsebundle/bands")
-disk = open("fs.img", "rb").read()
-for start in range(0, len(disk), size):
-    open(f"x.sparsebundle/bands/{start // size:x}", "wb").write(disk[start:start + size])
-plistlib.dump({"diskimage-bundle-type": "com.apple.diskimage.sparsebundle", "band-size": size,
-               "size": len(disk)}, open("x.sparsebundle/Info.plist", "wb"))
-END
+    make_bundle fs.img x.sparsebundle
     settle x.sparsebundle
 }
 
@@ -84,8 +75,8 @@ noted_is_between() {
     [ "$1" -le "$count" ] && [ "$count" -le "$2" ] || complain "$count bytes are noted"
 }
 
-# resumes IMAGE: attaching goes on with the one disk that is there, and shows the right files.
-resumes() {
+# goes_on_with IMAGE: attaching takes up the one disk that is there, and shows the right files.
+goes_on_with() {
     local disk
     disk=$(disks)
     printf 'the other' | overwrite_start "$disk"
@@ -97,6 +88,10 @@ resumes() {
     cmp -i 9 fs.img "$disk"
     diff -r -x lost+found tree "$(mount_point)"
     detaches "$(mount_point)"
+}
+
+resumes() {
+    goes_on_with "$1"
     nothing_left
 }
 
@@ -195,21 +190,7 @@ resumes() {
     attach x.dmg
     fails_because attach "No space left on device"
     mount -o remount,size=64m "$XDG_CACHE_HOME"
-    resumes_on_tmpfs
-}
-
-# The same, where the folder of the disk is itself a mount.
-resumes_on_tmpfs() {
-    local disk
-    disk=$(disks)
-    printf 'the other' | overwrite_start "$disk"
-    attach x.dmg
-    succeeds
-    [ "$(disks)" = "$disk" ]
-    cmp -i 9 fs.img "$disk"
-    [ "$(head -c 9 "$disk")" = "the other" ] || complain "what was written was written again"
-    diff -r -x lost+found tree "$(mount_point)"
-    detaches "$(mount_point)"
+    goes_on_with x.dmg
     [ -z "$(find "$XDG_CACHE_HOME/quillmere/disks" -mindepth 1)" ]
     umount "$XDG_CACHE_HOME"
     nothing_left

@@ -56,6 +56,34 @@ mount_point() {
     plist "[e['mount-point'] for e in document['system-entities'] if 'mount-point' in e][${1:-0}]"
 }
 
+# mounts_as IMAGE TREE: attaching shows exactly these files, and detaching takes them away.
+mounts_as() {
+    attach "$1"
+    succeeds
+    local point
+    point=$(mount_point)
+    diff -r --no-dereference -x lost+found "$2" "$point"
+    detaches "$point"
+    [ ! -e "$point" ]
+    nothing_left
+}
+
+# make_bundle DISK BUNDLE: with bands of a megabyte, without the zeros at the ends of these.
+make_bundle() {
+    python3 - "$@" <<'END'
+import os, plistlib, sys
+with open(sys.argv[1], "rb") as file:
+    disk = file.read()
+band = 1 << 20
+os.makedirs(f"{sys.argv[2]}/bands")
+for number in range(len(disk) // band):
+    if data := disk[number * band:(number + 1) * band].rstrip(b"\0"):
+        open(f"{sys.argv[2]}/bands/{number:x}", "wb").write(data)
+plistlib.dump({"diskimage-bundle-type": "com.apple.diskimage.sparsebundle", "band-size": band,
+               "size": len(disk)}, open(f"{sys.argv[2]}/Info.plist", "wb"))
+END
+}
+
 # Nothing is attached, and nothing is left of what was.
 nothing_left() {
     local left

@@ -4,8 +4,8 @@
 # SAMPLES names the folder with the pictures, MEDIA_WORKER that process's program.
 
 load helpers
+load metadata
 
-SHOW_METADATA=$(realpath "${SHOW_METADATA:?must name the program that shows metadata}")
 MEDIA_WORKER=$(realpath "${MEDIA_WORKER:?must name the program that reads media}")
 SAMPLES=$(realpath "${SAMPLES:?must name the folder of the pictures}")
 
@@ -14,10 +14,6 @@ readonly extensions=(jpg jpeg png gif bmp tiff tif webp heic heif ico raw cr2 ne
 readonly kinds=(camera.jpg cmyk.jpg camera.png animated.png animated.gif alpha.bmp camera.tif
                 pages.tif camera.webp animated.webp camera.heic two.heic three.ico canon.cr2
                 nikon.nef sony.arw adobe.dng plain.raw camera.psd layer.xcf)
-
-show() {
-    capture "$SHOW_METADATA" "$@"
-}
 
 # All samples, by names that have a category: large documents share theirs with the others.
 take_samples() {
@@ -59,19 +55,6 @@ running() {
             echo "${process#/proc/}"
         fi
     done
-}
-
-# eventually COMMAND...: it succeeds within a bound that is far beyond what it takes.
-eventually() {
-    local tries
-    for tries in {1..600}; do
-        if "$@"; then
-            return 0
-        fi
-        sleep 0.05
-    done
-    echo "not in $tries tries: $*" >&2
-    return 1
 }
 
 is_running() {
@@ -324,7 +307,7 @@ zipfile.ZipFile("archive", "w").writestr("camera.jpg", b"\xff\xd8\xff")'
     take camera.jpg plain.gif
     capture "$own/show_metadata" --jobs 4 camera.jpg plain.gif camera.jpg plain.gif
     succeeds
-    eventually is_gone "$own/quillmere-media-worker"
+    wait_for is_gone "$own/quillmere-media-worker"
 }
 
 @test "no process is left when the application was killed" {
@@ -340,10 +323,10 @@ zipfile.ZipFile("archive", "w").writestr("camera.jpg", b"\xff\xd8\xff")'
     done
     "$own/show_metadata" --jobs 4 "${files[@]}" >full {reading}>&- 3>&- &
     application=$!
-    eventually is_running "$own/quillmere-media-worker"
+    wait_for is_running "$own/quillmere-media-worker"
     kill -KILL "$application"
     wait "$application" || [ $? = 137 ]
-    eventually is_gone "$own/quillmere-media-worker"
+    wait_for is_gone "$own/quillmere-media-worker"
     exec {reading}<&-
 }
 

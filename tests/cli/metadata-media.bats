@@ -4,13 +4,9 @@
 # them, each with a feature of its own.
 
 load helpers
+load metadata
 
-SHOW_METADATA=$(realpath "${SHOW_METADATA:?must name the program that shows metadata}")
 MEDIA_SAMPLES=$(realpath "${MEDIA_SAMPLES:?must name the folder of films and recordings}")
-
-show() {
-    capture "$SHOW_METADATA" "$@"
-}
 
 # tells SAMPLE ENTRY...: the entries of a sample, each as KEY=VALUE, with "!" behind primary ones.
 tells() {

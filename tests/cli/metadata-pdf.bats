@@ -3,23 +3,12 @@
 # What is told of PDFs, through the process that reads them.
 
 load helpers
-
-SHOW_METADATA=$(realpath "${SHOW_METADATA:?must name the program that shows metadata}")
+load metadata
 
 setup_file() {
     samples="$BATS_FILE_TMPDIR/samples"
     export samples
     "$BATS_TEST_DIRNAME/../samples/make-pdf-samples" "$samples"
-}
-
-show() {
-    capture "$SHOW_METADATA" "$@"
-}
-
-# values_are KEY=VALUE,...: the entries of the first file, in their order.
-values_are() {
-    json_holds '",".join(e["key"] + "=" + e["value"] for e in document[0]["entries"]) == wanted[0]' \
-        "$1"
 }
 
 # Two pages, and the information that is given as a dictionary of PDF.

@@ -1,21 +1,10 @@
 #!/usr/bin/env bats
 # SPDX-License-Identifier: Apache-2.0
-# What is in files, as an application is told it. SHOW_METADATA names such an application.
+# What is in files, as an application is told it.
 
 load helpers
 load images
-
-SHOW_METADATA=$(realpath "${SHOW_METADATA:?must name the program that shows metadata}")
-
-show() {
-    capture "$SHOW_METADATA" "$@"
-}
-
-# values_are KEY=VALUE,...: the entries of the first file, in their order.
-values_are() {
-    json_holds '",".join(e["key"] + "=" + e["value"] for e in document[0]["entries"]) == wanted[0]' \
-        "$1"
-}
+load metadata
 
 @test "a text file has entries of its own and a category" {
     printf '#!/bin/sh\necho hello world\n' >run.sh

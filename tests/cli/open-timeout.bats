@@ -43,7 +43,7 @@ gave_up() {
         wait_for test -S "$behaviour"
         DBUS_SESSION_BUS_ADDRESS="unix:path=$box/$behaviour" in_background "at-$behaviour"
     done
-    wait_for_all
+    wait_for have_all_ended
     gave_up application "$APPLICATION_ID did not answer"
     gave_up at-silent "Cannot connect to the session bus: Connection timed out"
     gave_up at-hello-silent "Cannot connect to the session bus: Connection timed out"
@@ -52,12 +52,6 @@ gave_up() {
     scripts_are 1
 }
 
-wait_for_all() {
-    local try
-    for try in $(seq 400); do
-        [ "$(find . -name '*.end' | wc -l)" -lt 5 ] || return 0
-        sleep 0.1
-    done
-    echo "some never ended" >&2
-    return 1
+have_all_ended() {
+    [ "$(find . -name '*.end' | wc -l)" -eq 5 ]
 }

@@ -10,19 +10,22 @@ with one of these calls failing, or with all from that one on: each in turn wher
 some of them, evenly, where there are many. FAULTS tells how many at most (20).
 """
 import dataclasses
+import errno
 import os
 import runpy
 import subprocess
 import sys
 import typing
 
-ENOENT, EIO, ENOMEM, EACCES = 2, 5, 12, 13
-
-# The errors with which a call fails in turn.
-ERRORS = {"memory": (ENOMEM,), "mmap": (ENOMEM,), "thread": (11,), "clone": (11,), "spawn": (12,),
-          "stat": (EIO, ENOMEM), "open": (EIO, 24), "socket": (24,), "socketpair": (24,),
-          "pipe": (24,), "lsetxattr": (28, EIO), "lgetxattr": (EIO, ENOMEM),
-          "connect": (111,), "send": (32,), "receive": (104,)}
+# The errors with which a call fails in turn; EIO for those that are not listed.
+ERRORS = {
+    "memory": (errno.ENOMEM,), "mmap": (errno.ENOMEM,), "thread": (errno.EAGAIN,),
+    "clone": (errno.EAGAIN,), "spawn": (errno.ENOMEM,), "stat": (errno.EIO, errno.ENOMEM),
+    "open": (errno.EIO, errno.EMFILE), "socket": (errno.EMFILE,), "socketpair": (errno.EMFILE,),
+    "pipe": (errno.EMFILE,), "lsetxattr": (errno.ENOSPC, errno.EIO),
+    "lgetxattr": (errno.EIO, errno.ENOMEM), "connect": (errno.ECONNREFUSED,),
+    "send": (errno.EPIPE,), "receive": (errno.ECONNRESET,),
+}
 LIMIT = 40  # seconds; far beyond what any command line here takes
 
 
@@ -97,7 +100,7 @@ def faults_of(case, counts, most):
         if call in case.left_out:
             continue
         for first in some_of(count, max(2, round(most * case.share))):
-            for error in ERRORS.get(call, (EIO,)):
+            for error in ERRORS.get(call, (errno.EIO,)):
                 yield Fault(call, first, False, error)
                 if case.lasting:
                     yield Fault(call, first, True, error)

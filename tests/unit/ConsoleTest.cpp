@@ -64,14 +64,31 @@ TEST(Console, JsonThatCannotBeWrittenIsAnErrorLine) {
     EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 2);
 }
 
+std::string outputOfRecords(int count) {
+    return outputOf([count] {
+        QMCLIRecords records;
+        for (int i = 0; i < count; ++i) {
+            records.add(Json::Object{{"a", Json::Array{true}}});
+        }
+        records.end();
+    });
+}
+
 TEST(Console, RecordsAreNothingAnObjectOrAnArray) {
-    const Json record = Json::Object{{"a", true}};
-    EXPECT_EQ(outputOf([] { qm_jsonRecords({}); }), "");
-    EXPECT_EQ(outputOf([&] { qm_jsonRecords({record}); }), "{\n  \"a\": true\n}\n");
-    EXPECT_EQ(outputOf([&] {
-                  qm_jsonRecords({record, record});
+    const std::string element = "  {\n    \"a\": [\n      true\n    ]\n  }";
+    EXPECT_EQ(outputOfRecords(0), "");
+    EXPECT_EQ(outputOfRecords(1), "{\n  \"a\": [\n    true\n  ]\n}\n");
+    EXPECT_EQ(outputOfRecords(2), "[\n" + element + ",\n" + element + "\n]\n");
+    EXPECT_EQ(outputOfRecords(3), "[\n" + element + ",\n" + element + ",\n" + element + "\n]\n");
+}
+
+TEST(Console, RecordsAreNotKeptUntilTheEnd) {
+    QMCLIRecords records;
+    EXPECT_NE(outputOf([&records] {
+                  records.add(Json::Object{});
+                  records.add(Json::Object{});
               }),
-              "[\n  {\n    \"a\": true\n  },\n  {\n    \"a\": true\n  }\n]\n");
+              "");
 }
 
 TEST(AbsolutePath, LeavesAbsolutePathsAsTheyAre) {

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/media/HeifItems.h"
 
-#include "tests/unit/support/ByteWriter.h"
+#include "platform/linux/media/HeifBoxes.h"
+#include "tests/unit/support/IsoBoxes.h"
 #include "tests/unit/support/MemoryFile.h"
 
 #include <string>
@@ -11,39 +12,39 @@
 
 namespace {
 
-using platform::media::ImageFile;
+using platform::OpenedFile;
 
 constexpr std::uint64_t large = 0x12345;
 constexpr std::uint64_t small = 4096;
 
-std::string box(std::string_view type, std::string_view content) {
-    return ByteWriter().big(content.size() + 8, 4).text(type).text(content).bytes();
-}
-
 std::string entry(std::uint64_t item, std::string_view type) {
-    return box("infe",
-               ByteWriter().big(2, 1).zeros(3).big(item, 2).zeros(2).text(type).zeros(1).bytes());
+    return isoBox(
+        "infe", ByteWriter().big(2, 1).zeros(3).big(item, 2).zeros(2).text(type).zeros(1).bytes());
 }
 std::string longEntry(std::uint64_t item, std::string_view type) {
-    return box("infe",
-               ByteWriter().big(3, 1).zeros(3).big(item, 4).zeros(2).text(type).zeros(1).bytes());
+    return isoBox(
+        "infe", ByteWriter().big(3, 1).zeros(3).big(item, 4).zeros(2).text(type).zeros(1).bytes());
 }
 
 // A file with these items, whose places are written as `places` says.
 std::string fileOf(std::string_view items, std::string_view places) {
     const std::string meta =
         std::string(4, '\0')
-            .append(box("iinf", ByteWriter().zeros(4).big(1, 2).text(items).bytes()))
-            .append(box("iloc", places));
-    return box("ftyp", "heic").append(box("meta", meta));
+            .append(isoBox("iinf", ByteWriter().zeros(4).big(1, 2).text(items).bytes()))
+            .append(isoBox("iloc", places));
+    return isoBox("ftyp", "heic").append(isoBox("meta", meta));
 }
 
 // How many lengths are hidden in a file in which those of all pictures are `large`.
 std::size_t hiddenIn(const std::string& file) {
     const MemoryFile memory(file);
     std::string changed = file;
-    const auto numbers =
-        platform::media::lengthsOfHeifPictures(ImageFile::of(memory.descriptor()).value());
+    const OpenedFile opened = OpenedFile::of(memory.descriptor()).value();
+    const auto meta = platform::media::descriptionOfHeif(opened).meta;
+    if (!meta) {
+        return 0;
+    }
+    const auto numbers = platform::media::lengthsOfHeifPictures(opened, *meta);
     platform::media::hideNumbers(numbers, 0, std::as_writable_bytes(std::span(changed)));
     for (const auto& number : numbers) {
         const std::string_view whole = file;
@@ -96,7 +97,7 @@ TEST(HeifItems, EndWhereTheFileIsDamaged) {
     for (std::size_t size = 0; size < whole.size(); ++size) {
         EXPECT_EQ(hiddenIn(whole.substr(0, size)), 0U) << size;
     }
-    EXPECT_EQ(hiddenIn(fileOf(box("infe", "\2 short"), places.bytes())), 0U);
+    EXPECT_EQ(hiddenIn(fileOf(isoBox("infe", "\2 short"), places.bytes())), 0U);
     const std::string unknown = ByteWriter().big(3, 1).text(places.bytes().substr(1)).bytes();
     EXPECT_EQ(hiddenIn(fileOf(entry(1, "hvc1"), unknown)), 0U);
 }

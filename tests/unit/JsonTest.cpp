@@ -44,6 +44,18 @@ TEST(Json, EveryLevelIsIndentedByTwo) {
               "{\n  \"a\": [],\n  \"o\": {}\n}");
 }
 
+TEST(Json, AnElementStandsAsInAnArray) {
+    const Json elements = Json::Array{nullptr, "x", Json::Object{{"a", Json::Array{true}}}};
+    std::string text = "[";
+    for (const Json& element : std::get<Json::Array>(elements.value())) {
+        std::string error;
+        text.append(text == "[" ? "\n" : ",\n")
+            .append(element.serializedAsElement(error).value_or("(none)"));
+        EXPECT_EQ(error, "");
+    }
+    EXPECT_EQ(text + "\n]", textOf(elements));
+}
+
 TEST(Json, NumbersAreExact) {
     EXPECT_EQ(textOf(Json::Array{std::numeric_limits<std::uint64_t>::max(),
                                  std::numeric_limits<std::int64_t>::min(), 0.5}),

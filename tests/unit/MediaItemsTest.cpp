@@ -3,6 +3,7 @@
 #include "platform/linux/av/Mp4Items.h"
 #include "platform/linux/av/TaggedItems.h"
 #include "platform/linux/av/VorbisComment.h"
+#include "tests/unit/support/IsoBoxes.h"
 #include "tests/unit/support/MemoryFile.h"
 
 #include <cstdint>
@@ -15,7 +16,7 @@
 namespace {
 
 using namespace std::string_literals;
-using platform::av::AvFile;
+using platform::OpenedFile;
 using platform::av::Items;
 using Texts = std::vector<std::string>;
 
@@ -28,34 +29,25 @@ Texts textsOf(const Items& items) {
     return texts;
 }
 
-std::string bigEndian(std::uint64_t number, int bytes) {
-    std::string text;
-    for (int shift = 8 * (bytes - 1); shift >= 0; shift -= 8) {
-        text.push_back(static_cast<char>(number >> shift));
-    }
-    return text;
+std::string bigEndian(std::uint64_t number, std::size_t bytes) {
+    return ByteWriter().big(number, bytes).bytes();
 }
 
 std::string littleEndian(std::uint32_t number) {
-    const std::string text = bigEndian(number, 4);
-    return {text.rbegin(), text.rend()};
-}
-
-std::string box(std::string_view type, const std::string& contents) {
-    return bigEndian(8 + contents.size(), 4) + std::string(type) + contents;
+    return ByteWriter().little(number, 4).bytes();
 }
 
 std::string value(std::string_view type, const std::string& text, std::uint32_t kind = 1) {
-    return box(type, box("data", bigEndian(kind, 4) + bigEndian(0, 4) + text));
+    return isoBox(type, isoBox("data", bigEndian(kind, 4) + bigEndian(0, 4) + text));
 }
 
 Texts mp4(const std::string& bytes) {
     const MemoryFile file(bytes);
-    return textsOf(platform::av::itemsOfMp4(AvFile::of(file.descriptor()).value()));
+    return textsOf(platform::av::itemsOfMp4(OpenedFile::of(file.descriptor()).value()));
 }
 
 Texts inUserData(const std::string& contents) {
-    return mp4(box("moov", box("udta", contents)));
+    return mp4(isoBox("moov", isoBox("udta", contents)));
 }
 
 Texts comments(const std::string& bytes) {
@@ -68,53 +60,54 @@ std::string comment(const std::string& text) {
 
 Texts leadingTag(const std::string& bytes) {
     const MemoryFile file(bytes);
-    return textsOf(platform::av::itemsOfLeadingTag(AvFile::of(file.descriptor()).value()));
+    return textsOf(platform::av::itemsOfLeadingTag(OpenedFile::of(file.descriptor()).value()));
 }
 
 std::uint64_t endOfTags(const std::string& bytes) {
     const MemoryFile file(bytes);
-    return platform::av::endOfLeadingTags(AvFile::of(file.descriptor()).value());
+    return platform::av::endOfLeadingTags(OpenedFile::of(file.descriptor()).value());
 }
 
 } // namespace
 
 TEST(MediaItems, OfMp4AreFoundWhereverTheMovieIs) {
-    const std::string movie =
-        box("moov", box("udta", box("meta", bigEndian(0, 4) + box("ilst", value("\xA9nam", "T")))));
+    const std::string movie = isoBox(
+        "moov",
+        isoBox("udta", isoBox("meta", bigEndian(0, 4) + isoBox("ilst", value("\xA9nam", "T")))));
     EXPECT_EQ(mp4(movie), Texts{"t=T"});
-    EXPECT_EQ(mp4(box("mdat", std::string(100'000, 'x')) + movie), Texts{"t=T"});
+    EXPECT_EQ(mp4(isoBox("mdat", std::string(100'000, 'x')) + movie), Texts{"t=T"});
     const std::string large = bigEndian(1, 4) + "mdat" + bigEndian(16 + 5, 8) + "12345";
     EXPECT_EQ(mp4(large + movie), Texts{"t=T"});
     EXPECT_EQ(mp4(movie + bigEndian(0, 4) + "mdat123"), Texts{"t=T"});
 }
 
 TEST(MediaItems, OfMp4KeepTheirOrderAndWhatIsTwiceThere) {
-    EXPECT_EQ(inUserData(box("meta", bigEndian(0, 4) + box("hdlr", std::string(25, '\0')) +
-                                         box("ilst", value("\xA9"
-                                                           "ART",
-                                                           "A") +
-                                                         value("\xA9nam", "T") +
-                                                         value("\xA9"
-                                                               "alb",
-                                                               "L") +
-                                                         value("aART", "no") +
-                                                         value("\xA9"
-                                                               "ART",
-                                                               "A")))),
+    EXPECT_EQ(inUserData(isoBox("meta", bigEndian(0, 4) + isoBox("hdlr", std::string(25, '\0')) +
+                                            isoBox("ilst", value("\xA9"
+                                                                 "ART",
+                                                                 "A") +
+                                                               value("\xA9nam", "T") +
+                                                               value("\xA9"
+                                                                     "alb",
+                                                                     "L") +
+                                                               value("aART", "no") +
+                                                               value("\xA9"
+                                                                     "ART",
+                                                                     "A")))),
               (Texts{"a=A", "t=T", "l=L", "a=A"}));
 }
 
 TEST(MediaItems, OfMp4WithSeveralValuesAreSeveral) {
-    const std::string data = box("data", bigEndian(1, 4) + bigEndian(0, 4) + "x");
-    EXPECT_EQ(
-        inUserData(box("meta", bigEndian(0, 4) +
-                                   box("ilst", box("\xA9nam", data + box("name", "") + data)))),
-        (Texts{"t=x", "t=x"}));
+    const std::string data = isoBox("data", bigEndian(1, 4) + bigEndian(0, 4) + "x");
+    EXPECT_EQ(inUserData(isoBox(
+                  "meta", bigEndian(0, 4) +
+                              isoBox("ilst", isoBox("\xA9nam", data + isoBox("name", "") + data)))),
+              (Texts{"t=x", "t=x"}));
 }
 
 TEST(MediaItems, OfMp4AreTextsInTwoEncodingsOrNone) {
-    EXPECT_EQ(inUserData(box("meta",
-                             bigEndian(0, 4) + box("ilst", value("\xA9nam", "\0G\0r\0\xFC\0n"s, 2) +
+    EXPECT_EQ(inUserData(isoBox("meta", bigEndian(0, 4) +
+                                            isoBox("ilst", value("\xA9nam", "\0G\0r\0\xFC\0n"s, 2) +
                                                                value("\xA9nam", "Gr\xFCn", 1) +
                                                                value("\xA9nam", "\1", 21) +
                                                                value("\xA9nam", "a\0b"s)))),
@@ -122,10 +115,10 @@ TEST(MediaItems, OfMp4AreTextsInTwoEncodingsOrNone) {
 }
 
 TEST(MediaItems, OfQuickTimeHaveTextsForEachLanguage) {
-    EXPECT_EQ(inUserData(box("\xA9nam", bigEndian(1, 2) + bigEndian(0, 2) + "T" + bigEndian(2, 2) +
-                                            bigEndian(9, 2) + "zw")),
+    EXPECT_EQ(inUserData(isoBox("\xA9nam", bigEndian(1, 2) + bigEndian(0, 2) + "T" +
+                                               bigEndian(2, 2) + bigEndian(9, 2) + "zw")),
               (Texts{"t=T", "t=zw"}));
-    EXPECT_EQ(inUserData(box("\xA9nam", bigEndian(9, 2) + bigEndian(0, 2) + "T")), Texts());
+    EXPECT_EQ(inUserData(isoBox("\xA9nam", bigEndian(9, 2) + bigEndian(0, 2) + "T")), Texts());
 }
 
 TEST(MediaItems, OfQuickTimeMayHaveKeys) {
@@ -133,38 +126,40 @@ TEST(MediaItems, OfQuickTimeMayHaveKeys) {
         return bigEndian(8 + name.size(), 4) + "mdta" + name;
     };
     const std::string keys =
-        box("keys", bigEndian(0, 4) + bigEndian(3, 4) + key("other") +
-                        key("com.apple.quicktime.artist") + key("com.apple.quicktime.title"));
+        isoBox("keys", bigEndian(0, 4) + bigEndian(3, 4) + key("other") +
+                           key("com.apple.quicktime.artist") + key("com.apple.quicktime.title"));
     const auto item = [](std::uint32_t number, const std::string& text) {
         return value(bigEndian(number, 4), text);
     };
     const std::string list =
-        box("ilst", item(3, "T") + item(1, "no") + item(2, "A") + item(4, "no") + item(0, "no"));
-    EXPECT_EQ(mp4(box("moov", box("meta", box("hdlr", std::string(24, '\0')) + keys + list))),
-              (Texts{"t=T", "a=A"}));
+        isoBox("ilst", item(3, "T") + item(1, "no") + item(2, "A") + item(4, "no") + item(0, "no"));
+    EXPECT_EQ(
+        mp4(isoBox("moov", isoBox("meta", isoBox("hdlr", std::string(24, '\0')) + keys + list))),
+        (Texts{"t=T", "a=A"}));
 }
 
 TEST(MediaItems, OfPhonesAreTextsInTwoEncodings) {
-    EXPECT_EQ(inUserData(box("titl", std::string(6, '\0') + "T\0"s) +
-                         box("perf", std::string(6, '\0') + "\xFE\xFF\0A\0\0"s) +
-                         box("albm", "short")),
+    EXPECT_EQ(inUserData(isoBox("titl", std::string(6, '\0') + "T\0"s) +
+                         isoBox("perf", std::string(6, '\0') + "\xFE\xFF\0A\0\0"s) +
+                         isoBox("albm", "short")),
               (Texts{"t=T", "a=A"}));
 }
 
 TEST(MediaItems, OfDamagedMp4EndWhereTheDamageIs) {
-    const std::string list = box("ilst", value("\xA9nam", "T"));
-    EXPECT_EQ(inUserData(box("meta", bigEndian(0, 4) + list) + bigEndian(4, 4) + "size"),
+    const std::string list = isoBox("ilst", value("\xA9nam", "T"));
+    EXPECT_EQ(inUserData(isoBox("meta", bigEndian(0, 4) + list) + bigEndian(4, 4) + "size"),
               Texts{"t=T"});
-    EXPECT_EQ(inUserData(bigEndian(0xFFFFFFFF, 4) + "free" + box("meta", bigEndian(0, 4) + list)),
-              Texts());
+    EXPECT_EQ(
+        inUserData(bigEndian(0xFFFFFFFF, 4) + "free" + isoBox("meta", bigEndian(0, 4) + list)),
+        Texts());
     EXPECT_EQ(inUserData(bigEndian(1, 4) + "free" + bigEndian(0xFFFFFFFFFFFFFFFF, 8)), Texts());
-    EXPECT_EQ(mp4(box("moov", box("meta", ""))), Texts());
+    EXPECT_EQ(mp4(isoBox("moov", isoBox("meta", ""))), Texts());
     // More boxes than any file has.
     std::string many;
     for (int i = 0; i < 20'000; ++i) {
-        many += box("free", "");
+        many += isoBox("free", "");
     }
-    EXPECT_EQ(inUserData(many + box("meta", bigEndian(0, 4) + list)), Texts());
+    EXPECT_EQ(inUserData(many + isoBox("meta", bigEndian(0, 4) + list)), Texts());
 }
 
 TEST(MediaItems, OfVorbisKeepTheirOrderAndWhatIsTwiceThere) {

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // What happens when memory runs out, at each of the moments at which it can.
+#include "platform/FileTags.h"
 #include "platform/Json.h"
 #include "platform/PropertyList.h"
+#include "platform/linux/TagSearch.h"
+#include "tests/unit/support/TemporaryFolder.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <functional>
 #include <new>
@@ -12,8 +16,15 @@
 
 namespace {
 
-// How many more times this thread gets memory; negative for always.
-thread_local long remaining = -1;
+// How many more times there is memory, for all threads together; negative for always.
+std::atomic<long> remaining = -1;
+
+bool isMemoryLeft() {
+    long before = remaining;
+    while (before > 0 && !remaining.compare_exchange_weak(before, before - 1)) {
+    }
+    return before != 0;
+}
 
 // Runs `action` with memory for 0, 1, 2, … allocations until it succeeds. Answers how many it took.
 long allocationsUntilDone(const std::function<void()>& action) {
@@ -34,11 +45,7 @@ const std::string longText(100, 'x');
 } // namespace
 
 void* operator new(std::size_t size) {
-    if (remaining == 0) {
-        throw std::bad_alloc();
-    }
-    remaining -= remaining > 0 ? 1 : 0;
-    void* const memory = std::malloc(size > 0 ? size : 1);
+    void* const memory = isMemoryLeft() ? std::malloc(size > 0 ? size : 1) : nullptr;
     return memory != nullptr ? memory : throw std::bad_alloc();
 }
 void operator delete(void* memory) noexcept {
@@ -78,4 +85,18 @@ TEST(Memory, JsonIsWrittenOrTheLackOfMemoryIsThrown) {
     const auto wanted = json.serialized(error);
     EXPECT_GT(allocationsUntilDone([&] { EXPECT_EQ(json.serialized(error), wanted); }), 2);
     EXPECT_EQ(error, "");
+}
+
+TEST(Memory, ASearchFindsEverythingOrTheLackOfMemoryIsThrown) {
+    const TemporaryFolder folder;
+    for (const char* const name : {"a/b/c", "a/b/d", "a/e", "f"}) {
+        ASSERT_NE(folder.folder(name), "");
+        // Without tags, where the file system keeps no attributes, it is still walked.
+        static_cast<void>(platform::FileTags::write(folder.path(name), {longText}));
+    }
+    const platform::SearchScope scope{{folder.path()}, {}};
+    const auto wanted = platform::itemsWithTag(scope, longText);
+    EXPECT_GT(
+        allocationsUntilDone([&] { EXPECT_EQ(platform::itemsWithTag(scope, longText), wanted); }),
+        20);
 }

@@ -52,7 +52,7 @@ std::string tempo(char after, std::uint32_t microseconds) {
 
 std::optional<double> durationOf(std::string_view bytes) {
     const MemoryFile contents(bytes);
-    return platform::av::durationOfMidi(platform::av::AvFile::of(contents.descriptor()).value());
+    return platform::av::durationOfMidi(platform::OpenedFile::of(contents.descriptor()).value());
 }
 
 // A note that is let go after this time, as it is written down.

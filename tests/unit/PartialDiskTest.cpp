@@ -5,6 +5,7 @@
 #include "platform/linux/hdiutil/ExpansionProgress.h"
 #include "tests/unit/support/EnvironmentVariable.h"
 #include "tests/unit/support/FileTime.h"
+#include "tests/unit/support/SparseImageWriter.h"
 #include "tests/unit/support/TemporaryFolder.h"
 #include "tests/unit/support/UdifWriter.h"
 
@@ -33,22 +34,12 @@ void overwrite(const std::string& path, std::size_t offset, const std::string& b
     file.seekp(static_cast<std::streamoff>(offset)) << bytes;
 }
 
-// A sparse image that keeps the disk in one band.
-std::string sparseImage(const std::string& disk) {
-    std::string header = "sprs";
-    for (const std::uint64_t field :
-         {std::uint64_t{3}, disk.size() / 512, std::uint64_t{1}, disk.size() / 512}) {
-        header += udif::bigEndian(static_cast<std::uint32_t>(field));
-    }
-    header.resize(64);
-    header += udif::bigEndian(std::uint32_t{1});
-    header.resize(4096);
-    return header + disk;
-}
-
 class PartialDiskTest : public testing::Test {
 protected:
-    PartialDiskTest() { writeImage(sparseImage(disk)); }
+    PartialDiskTest() {
+        const std::uint64_t sectors = disk.size() / 512;
+        writeImage(sparseImageHeader(sectors, sectors, {1}) + disk);
+    }
 
     void writeImage(const std::string& bytes) const { makeOld(folder.file("image", bytes)); }
     [[nodiscard]] DiskImage image() const {

@@ -179,13 +179,17 @@ TEST(PartitionMapTools, IsoThatAlsoBootsFromDisksHasAnMbr) {
     EXPECT_EQ(listing(map), listingOfSfdisk(folder, image));
 }
 
-TEST(PartitionMapTools, AppleMapOfGenisoimage) {
+// The map of a disc that a tool makes of a folder with one file.
+PartitionMap mapOfDiscMadeBy(const std::string& tool) {
     const TemporaryFolder folder;
     std::ofstream(folder.folder("d") + "/a") << "x";
-    const std::string image = folder.path("apple.iso");
-    outputOfShell("genisoimage -quiet -hfs -part -V MyDisc -o '" + image + "' '" +
-                  folder.path("d") + "'");
-    const PartitionMap map = mapOf(image);
+    const std::string image = folder.path("image.iso");
+    outputOfShell(tool + " -o '" + image + "' '" + folder.path("d") + "'");
+    return mapOf(image);
+}
+
+TEST(PartitionMapTools, AppleMapOfGenisoimage) {
+    const PartitionMap map = mapOfDiscMadeBy("genisoimage -quiet -hfs -part -V MyDisc");
     EXPECT_EQ(map.scheme, Scheme::apple);
     EXPECT_EQ(map.blockSize, 512U);
     EXPECT_EQ(hints(map), "Apple_partition_map\nApple_HFS\n");
@@ -197,12 +201,7 @@ TEST(PartitionMapTools, AppleMapOfGenisoimage) {
 }
 
 TEST(PartitionMapTools, AppleMapInBlocksOf2048Bytes) {
-    const TemporaryFolder folder;
-    std::ofstream(folder.folder("d") + "/a") << "x";
-    const std::string image = folder.path("apple.iso");
-    outputOfShell("xorriso -as mkisofs -hfsplus -apm-block-size 2048 -o '" + image + "' '" +
-                  folder.path("d") + "'");
-    const PartitionMap map = mapOf(image);
+    const PartitionMap map = mapOfDiscMadeBy("xorriso -as mkisofs -hfsplus -apm-block-size 2048");
     EXPECT_EQ(map.scheme, Scheme::apple);
     EXPECT_EQ(map.blockSize, 2048U);
     EXPECT_NE(hints(map).find("Apple_HFS\n"), std::string::npos) << hints(map);

@@ -12,8 +12,8 @@
 
 namespace {
 
+using platform::OpenedFile;
 using platform::media::bytesOfProfileText;
-using platform::media::ImageFile;
 using platform::media::PngChunks;
 using namespace std::string_view_literals;
 
@@ -30,7 +30,7 @@ std::string header() {
 // What the chunks of a file make as a stream.
 std::string streamOf(std::string_view bytes) {
     const MemoryFile memory(bytes);
-    const auto file = ImageFile::of(memory.descriptor());
+    const auto file = OpenedFile::of(memory.descriptor());
     PngChunks chunks(file.value());
     std::string stream;
     char byte = 0;

@@ -177,6 +177,21 @@ TEST(PropertyList, DeepNestingIsRefused) {
     EXPECT_FALSE(parse(xml(repeated("<dict><key>a</key>", 1'000'000))));
 }
 
+TEST(PropertyList, NestingIsNotHiddenByWhatIsNoEndOfIt) {
+    for (const char* level :
+         {"<array><!--</array>-->", "<array><!--></array>-->", "<array a=\"</array>\">",
+          "<array a=\"></array>\">", "<array><?x </array>?>", "<array><?x ></array>?>",
+          "<array><?x \"?></array>\"?>", "<array><?></array>?>", "<array><!D a [</array>]>",
+          "<array><!DOCTYPE \"></array>\">", "<array><string><![CDATA[</array>]]></string>"}) {
+        EXPECT_FALSE(parse(xml(repeated(level, 300'000)))) << level;
+    }
+}
+
+TEST(PropertyList, CommentsAndVerbatimTextsMayHoldAnything) {
+    EXPECT_TRUE(parse(xml("<array><!-- <array> -- \" </dict> --></array>")));
+    EXPECT_EQ(parse(xml("<string><![CDATA[<array>\"]]></string>")), PropertyList("<array>\""));
+}
+
 TEST(PropertyList, ManySiblingsAreNoNesting) {
     EXPECT_TRUE(parse(xml("<array>" + repeated("<array></array><dict/>", 10'000) + "</array>")));
 }

@@ -2,6 +2,7 @@
 #include "platform/linux/hdiutil/Encryption.h"
 #include "platform/linux/hdiutil/SparseBundle.h"
 #include "platform/linux/hdiutil/SparseImage.h"
+#include "tests/unit/support/SparseImageWriter.h"
 #include "tests/unit/support/TemporaryFolder.h"
 
 #include <string>
@@ -18,26 +19,6 @@ using platform::hdiutil::SparseBundle;
 using platform::hdiutil::SparseImage;
 
 constexpr std::size_t sectorSize = 512;
-
-std::string number(std::uint32_t value) {
-    std::string bytes;
-    for (unsigned shift = 32; shift > 0; shift -= 8) {
-        bytes.push_back(static_cast<char>((value >> (shift - 8)) & 0xFFU));
-    }
-    return bytes;
-}
-
-// A header of a sparse image, 4 KiB, with the numbers of its bands.
-std::string header(std::uint32_t sectorsPerBand, std::uint32_t sectors,
-                   const std::vector<std::uint32_t>& bands) {
-    std::string bytes = "sprs" + number(3) + number(sectorsPerBand) + number(1) + number(sectors);
-    bytes.resize(64);
-    for (const std::uint32_t band : bands) {
-        bytes += number(band);
-    }
-    bytes.resize(4096);
-    return bytes;
-}
 
 std::shared_ptr<const ByteSource> fileOf(const TemporaryFolder& folder, const std::string& bytes) {
     return FileSource::open(folder.file("image", bytes));
@@ -63,7 +44,7 @@ TEST(SparseImage, HoldsItsBandsInTheOrderOfTheirWriting) {
     const std::string a(2 * sectorSize, 'a');
     const std::string b(2 * sectorSize, 'b');
     // Four bands, of which the third was written first and the second later.
-    const auto image = imageOf(folder, header(2, 7, {3, 2}) + a + b);
+    const auto image = imageOf(folder, sparseImageHeader(2, 7, {3, 2}) + a + b);
     ASSERT_TRUE(image);
     EXPECT_EQ(image->size(), 7 * sectorSize);
     EXPECT_EQ(image->storedBytes(), 4 * sectorSize);
@@ -86,8 +67,8 @@ TEST(SparseImage, GoesOnBehindAFullHeader) {
         bands.append(sectorSize, static_cast<char>('a' + i % 26));
     }
     const std::string last(sectorSize, '!');
-    const auto image = imageOf(folder, header(1, places + 1, first) + bands +
-                                           header(1, places + 1, {places + 1}) + last);
+    const auto image = imageOf(folder, sparseImageHeader(1, places + 1, first) + bands +
+                                           sparseImageHeader(1, places + 1, {places + 1}) + last);
     ASSERT_TRUE(image);
     EXPECT_EQ(allOf(*image), bands + last);
 }
@@ -96,15 +77,15 @@ TEST(SparseImage, IsRefusedWhenItIsDamaged) {
     const TemporaryFolder folder;
     const std::string band(sectorSize, 'a');
     EXPECT_FALSE(imageOf(folder, "sprs"));
-    EXPECT_FALSE(imageOf(folder, header(0, 4, {1}) + band));
-    EXPECT_FALSE(imageOf(folder, header(1, 4, {5}) + band));
-    EXPECT_FALSE(imageOf(folder, header(1, 4, {1, 1}) + band + band));
-    EXPECT_FALSE(imageOf(folder, header(1, 4, {1, 2, 3}) + band));
-    std::string other = header(1, 4, {1});
+    EXPECT_FALSE(imageOf(folder, sparseImageHeader(0, 4, {1}) + band));
+    EXPECT_FALSE(imageOf(folder, sparseImageHeader(1, 4, {5}) + band));
+    EXPECT_FALSE(imageOf(folder, sparseImageHeader(1, 4, {1, 1}) + band + band));
+    EXPECT_FALSE(imageOf(folder, sparseImageHeader(1, 4, {1, 2, 3}) + band));
+    std::string other = sparseImageHeader(1, 4, {1});
     other[7] = 9;
     EXPECT_FALSE(imageOf(folder, other + band));
     // The last band is cut off: what is there can be read.
-    const auto image = imageOf(folder, header(1, 2, {1, 2}) + band + "b");
+    const auto image = imageOf(folder, sparseImageHeader(1, 2, {1, 2}) + band + "b");
     ASSERT_TRUE(image);
     std::vector<std::byte> piece(sectorSize);
     EXPECT_TRUE(image->read(0, piece));
@@ -113,7 +94,7 @@ TEST(SparseImage, IsRefusedWhenItIsDamaged) {
 
 TEST(SparseImage, IsToldByItsBeginning) {
     const TemporaryFolder folder;
-    EXPECT_TRUE(SparseImage::isSparseImage(*fileOf(folder, header(1, 1, {}))));
+    EXPECT_TRUE(SparseImage::isSparseImage(*fileOf(folder, sparseImageHeader(1, 1, {}))));
     EXPECT_FALSE(SparseImage::isSparseImage(*fileOf(folder, "spr")));
     EXPECT_FALSE(SparseImage::isSparseImage(*fileOf(folder, std::string(4096, '\0'))));
 }
@@ -141,41 +122,47 @@ protected:
 };
 
 TEST_F(Bundle, HasAFileForEachBandThatWasWritten) {
-    static_cast<void>(folder.file("bands/1", "bbbb"));
+    static_cast<void>(folder.file("bands/1", std::string(512, 'b')));
     static_cast<void>(folder.file("bands/a", "zz"));
-    const auto bundle = open("4", "44");
+    const auto bundle = open("512", "5632");
     ASSERT_TRUE(bundle);
-    EXPECT_EQ(bundle->size(), 44U);
-    EXPECT_EQ(bundle->storedBytes(), 6U);
-    EXPECT_EQ(allOf(*bundle),
-              std::string(4, '\0') + "bbbb" + std::string(32, '\0') + "zz" + std::string(2, '\0'));
+    EXPECT_EQ(bundle->size(), 5632U);
+    EXPECT_EQ(bundle->storedBytes(), 514U);
+    EXPECT_EQ(allOf(*bundle), std::string(512, '\0') + std::string(512, 'b') +
+                                  std::string(4096, '\0') + "zz" + std::string(510, '\0'));
     std::vector<std::byte> piece(4);
-    EXPECT_FALSE(bundle->read(41, piece));
+    EXPECT_FALSE(bundle->read(5629, piece));
 }
 
 TEST_F(Bundle, IsRefusedWhenItIsDamaged) {
     EXPECT_FALSE(open("0", "44"));
-    EXPECT_FALSE(open("-4", "44"));
-    EXPECT_FALSE(open("4", "0"));
+    EXPECT_FALSE(open("-512", "44"));
+    EXPECT_FALSE(open("512", "0"));
     EXPECT_FALSE(open("9000000000000000000", "44"));
     static_cast<void>(folder.folder("bands/0"));
-    const auto bundle = open("4", "44");
+    const auto bundle = open("512", "44");
     ASSERT_TRUE(bundle);
     std::vector<std::byte> piece(4);
     EXPECT_FALSE(bundle->read(0, piece));
 }
 
+TEST_F(Bundle, IsRefusedWhenItsBandsAreSmallerThanASector) {
+    EXPECT_FALSE(open("1", "1073741824"));
+    EXPECT_FALSE(open("511", "1073741824"));
+    EXPECT_TRUE(open("512", "1073741824"));
+}
+
 TEST_F(Bundle, IsToldByItsDescription) {
     EXPECT_FALSE(SparseBundle::isSparseBundle(folder.path()));
-    static_cast<void>(folder.file("Info.plist", description("other", "4", "44")));
+    static_cast<void>(folder.file("Info.plist", description("other", "512", "44")));
     EXPECT_FALSE(SparseBundle::isSparseBundle(folder.path()));
-    static_cast<void>(folder.file("Info.plist", description(bundleType, "4", "44")));
+    static_cast<void>(folder.file("Info.plist", description(bundleType, "512", "44")));
     EXPECT_TRUE(SparseBundle::isSparseBundle(folder.path()));
     EXPECT_FALSE(SparseBundle::isSparseBundle(folder.path("Info.plist")));
 }
 
 TEST_F(Bundle, SaysWhenItIsEncrypted) {
-    const auto bundle = open("4", "44");
+    const auto bundle = open("512", "44");
     ASSERT_TRUE(bundle);
     EXPECT_FALSE(bundle->isEncrypted());
     static_cast<void>(folder.file("token", "encrcdsa...."));

@@ -136,12 +136,10 @@ TEST_F(UndoWholly, TakesEverythingBack) {
 
 TEST_F(UndoWholly, LeavesTheImageWholeWhicheverVolumeIsRefused) {
     for (const char* const busy : {"0", "1", "2"}) {
-        {
-            const OpenFolder use(folder.path(busy));
-            EXPECT_FALSE(undoWholly(record, *records));
-            EXPECT_EQ(errno, EBUSY);
-            expectWhole();
-        }
+        const OpenFolder use(folder.path(busy));
+        EXPECT_FALSE(undoWholly(record, *records));
+        EXPECT_EQ(errno, EBUSY);
+        expectWhole();
     }
     EXPECT_TRUE(undoWholly(record, *records));
     expectGone();

@@ -74,13 +74,13 @@ void freeFile(AVIOContext* file) {
 
 } // namespace
 
-std::unique_ptr<AvInput> AvInput::open(const AvFile& file, std::uint64_t start,
+std::unique_ptr<AvInput> AvInput::open(const OpenedFile& file, std::uint64_t start,
                                        std::vector<std::uint64_t> hidden) {
     std::unique_ptr<AvInput> input(new AvInput(file, start, std::move(hidden)));
     return input->openContext() ? std::move(input) : nullptr;
 }
 
-AvInput::AvInput(const AvFile& file, std::uint64_t start, std::vector<std::uint64_t> hidden)
+AvInput::AvInput(const OpenedFile& file, std::uint64_t start, std::vector<std::uint64_t> hidden)
     : m_file(file)
     , m_start(std::min(start, file.size()))
     , m_hidden(std::move(hidden))

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/linux/av/AvFile.h"
+#include "platform/linux/OpenedFile.h"
 
 #include <chrono>
 #include <cstdint>
@@ -19,7 +19,7 @@ public:
     /// Opens what is in `file` from `start` on, which must outlive the input. Boxes whose types
     /// stand at the `hidden` places, in ascending order, are passed over. Null when its format is
     /// none of those that are known, or too damaged.
-    [[nodiscard]] static std::unique_ptr<AvInput> open(const AvFile& file, std::uint64_t start,
+    [[nodiscard]] static std::unique_ptr<AvInput> open(const OpenedFile& file, std::uint64_t start,
                                                        std::vector<std::uint64_t> hidden);
     AvInput(const AvInput&) = delete;
     AvInput& operator=(const AvInput&) = delete;
@@ -32,7 +32,7 @@ public:
     void probeStreams();
 
 private:
-    AvInput(const AvFile& file, std::uint64_t start, std::vector<std::uint64_t> hidden);
+    AvInput(const OpenedFile& file, std::uint64_t start, std::vector<std::uint64_t> hidden);
     bool openContext();
     void hide(std::span<std::byte> bytes) const;
     // What FFmpeg calls, with this object.
@@ -40,7 +40,7 @@ private:
     static std::int64_t seek(void* input, std::int64_t offset, int whence);
     static int isLate(void* input);
 
-    const AvFile& m_file;
+    const OpenedFile& m_file;
     std::uint64_t m_start;
     std::vector<std::uint64_t> m_hidden;
     std::uint64_t m_position; ///< in the file

@@ -57,7 +57,7 @@ Items itemsOfContext(const AVFormatContext& context) {
 
 // The comments of a FLAC file, which begins at `start`: blocks with a byte for their kind and three
 // for their size, the last one marked by a bit (RFC 9639, section 8).
-Items itemsOfFlac(const AvFile& file, std::uint64_t start) {
+Items itemsOfFlac(const OpenedFile& file, std::uint64_t start) {
     constexpr std::size_t headSize = 4;
     constexpr unsigned lastBlock = 0x80;
     constexpr unsigned comments = 4;
@@ -66,7 +66,7 @@ Items itemsOfFlac(const AvFile& file, std::uint64_t start) {
     std::uint64_t offset = start + headSize;
     for (int block = 0; block < maximumBlocks; ++block) {
         std::array<std::byte, headSize> head{};
-        if (file.readSome(offset, head) < head.size()) {
+        if (!file.read(offset, head)) {
             break;
         }
         const auto kind = std::to_integer<unsigned>(head[0]);
@@ -89,7 +89,7 @@ Items itemsOfFlac(const AvFile& file, std::uint64_t start) {
 
 // ID3v2.4, section 3.1: "ID3", two bytes for the version, one of flags, and the size behind them in
 // four times seven bits. A bit says that ten bytes follow.
-std::uint64_t endOfLeadingTags(const AvFile& file) {
+std::uint64_t endOfLeadingTags(const OpenedFile& file) {
     constexpr std::size_t headSize = 10;
     constexpr int maximumTags = 8;
     constexpr auto footer = std::byte{0x10};
@@ -97,7 +97,7 @@ std::uint64_t endOfLeadingTags(const AvFile& file) {
     std::uint64_t end = 0;
     for (int tag = 0; tag < maximumTags; ++tag) {
         std::array<std::byte, headSize> head{};
-        if (file.readSome(end, head) < head.size() || !hasTextAt(head, 0, "ID3")) {
+        if (!file.read(end, head) || !hasTextAt(head, 0, "ID3")) {
             break;
         }
         std::uint64_t size = 0;
@@ -109,7 +109,7 @@ std::uint64_t endOfLeadingTags(const AvFile& file) {
     return std::min(end, file.size());
 }
 
-Items itemsOf(const AvFile& file, const AVFormatContext& context) {
+Items itemsOf(const OpenedFile& file, const AVFormatContext& context) {
     const std::string_view container = context.iformat->name;
     if (isOfMp4Family(container)) {
         return itemsOfMp4(file);

@@ -3,7 +3,7 @@
 
 #include "platform/Data.h"
 #include "platform/MediaAsset.h"
-#include "platform/linux/av/AvFile.h"
+#include "platform/linux/OpenedFile.h"
 
 #include <cstdint>
 #include <string>
@@ -24,11 +24,11 @@ struct ItemName {
 };
 
 /// Where the ID3v2 tags at the beginning of a file end; 0 when there is none.
-[[nodiscard]] std::uint64_t endOfLeadingTags(const AvFile& file);
+[[nodiscard]] std::uint64_t endOfLeadingTags(const OpenedFile& file);
 
 /// All items of a file, in the order in which they are stored. `context` is what FFmpeg has opened,
 /// which joins or drops those that are there twice, so that it is asked last.
-[[nodiscard]] Items itemsOf(const AvFile& file, const AVFormatContext& context);
+[[nodiscard]] Items itemsOf(const OpenedFile& file, const AVFormatContext& context);
 
 /// The text that `bytes` are up to the first NUL: in UTF-8, or in ISO 8859-1 when they are not
 /// that.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/av/AvReader.h"
 
-#include "platform/linux/av/AvFile.h"
+#include "platform/linux/OpenedFile.h"
 #include "platform/linux/av/AvInput.h"
 #include "platform/linux/av/AvItems.h"
 #include "platform/linux/av/AvTracks.h"
@@ -19,7 +19,7 @@ namespace platform::av {
 namespace {
 
 // Long films have long tables, which are read only where the samples are needed.
-std::unique_ptr<AvInput> opened(const AvFile& file) {
+std::unique_ptr<AvInput> opened(const OpenedFile& file) {
     // Behind tags, which can be larger than what is looked at to tell the format.
     const std::uint64_t start = endOfLeadingTags(file);
     auto hidden = placesOfSampleTables(file);
@@ -54,7 +54,7 @@ void prepareReader() {
 }
 
 std::optional<MediaAssetProperties> readMediaAsset(int descriptor, bool wantsMetadata) {
-    const auto file = AvFile::of(descriptor);
+    const auto file = OpenedFile::of(descriptor);
     if (!file) {
         return std::nullopt;
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/av/CodecCode.h"
 
+#include "platform/linux/FourCharCode.h"
 #include "platform/linux/av/FFmpeg.h"
 
 #include <algorithm>
@@ -11,58 +12,56 @@
 namespace platform::av {
 namespace {
 
+using namespace std::string_view_literals;
 using FourCharCode = MediaAssetProperties::FourCharCode;
 using Code = std::optional<FourCharCode>;
 
-constexpr FourCharCode code(std::string_view text) {
-    FourCharCode result = 0;
-    for (const char character : text) {
-        result = (result << 8U) | static_cast<unsigned char>(character);
-    }
-    return result;
-}
-
-// Formats of Windows' wave files: two letters and the number of the format.
-constexpr FourCharCode waveFormat(std::uint16_t number) {
-    constexpr unsigned numberBits = 16;
-    return code("ms") << numberBits | number;
-}
-
 struct Row {
     AVCodecID codec;
-    FourCharCode code;
+    std::string_view characters;
 };
 
 constexpr std::array videoCodes{
-    Row{AV_CODEC_ID_H264, code("avc1")},       Row{AV_CODEC_ID_HEVC, code("hvc1")},
-    Row{AV_CODEC_ID_MPEG4, code("mp4v")},      Row{AV_CODEC_ID_MPEG2VIDEO, code("mp2v")},
-    Row{AV_CODEC_ID_MPEG1VIDEO, code("mp1v")}, Row{AV_CODEC_ID_AV1, code("av01")},
-    Row{AV_CODEC_ID_VP9, code("vp09")},        Row{AV_CODEC_ID_VP8, code("vp08")},
-    Row{AV_CODEC_ID_H263, code("h263")},       Row{AV_CODEC_ID_H263P, code("h263")},
-    Row{AV_CODEC_ID_SVQ1, code("SVQ1")},       Row{AV_CODEC_ID_SVQ3, code("SVQ3")},
-    Row{AV_CODEC_ID_MJPEG, code("jpeg")},      Row{AV_CODEC_ID_PNG, code("png ")},
-    Row{AV_CODEC_ID_TIFF, code("tiff")},       Row{AV_CODEC_ID_QTRLE, code("rle ")},
-    Row{AV_CODEC_ID_CINEPAK, code("cvid")},    Row{AV_CODEC_ID_V210, code("v210")},
+    Row{AV_CODEC_ID_H264, "avc1"},       Row{AV_CODEC_ID_HEVC, "hvc1"},
+    Row{AV_CODEC_ID_MPEG4, "mp4v"},      Row{AV_CODEC_ID_MPEG2VIDEO, "mp2v"},
+    Row{AV_CODEC_ID_MPEG1VIDEO, "mp1v"}, Row{AV_CODEC_ID_AV1, "av01"},
+    Row{AV_CODEC_ID_VP9, "vp09"},        Row{AV_CODEC_ID_VP8, "vp08"},
+    Row{AV_CODEC_ID_H263, "h263"},       Row{AV_CODEC_ID_H263P, "h263"},
+    Row{AV_CODEC_ID_SVQ1, "SVQ1"},       Row{AV_CODEC_ID_SVQ3, "SVQ3"},
+    Row{AV_CODEC_ID_MJPEG, "jpeg"},      Row{AV_CODEC_ID_PNG, "png "},
+    Row{AV_CODEC_ID_TIFF, "tiff"},       Row{AV_CODEC_ID_QTRLE, "rle "},
+    Row{AV_CODEC_ID_CINEPAK, "cvid"},    Row{AV_CODEC_ID_V210, "v210"},
 };
 
+// Formats of Windows' wave files have two letters and the number of the format.
 constexpr std::array audioCodes{
-    Row{AV_CODEC_ID_MP1, code(".mp1")},          Row{AV_CODEC_ID_MP2, code(".mp2")},
-    Row{AV_CODEC_ID_MP3, code(".mp3")},          Row{AV_CODEC_ID_ALAC, code("alac")},
-    Row{AV_CODEC_ID_FLAC, code("flac")},         Row{AV_CODEC_ID_OPUS, code("opus")},
-    Row{AV_CODEC_ID_AC3, code("ac-3")},          Row{AV_CODEC_ID_EAC3, code("ec-3")},
-    Row{AV_CODEC_ID_PCM_MULAW, code("ulaw")},    Row{AV_CODEC_ID_PCM_ALAW, code("alaw")},
-    Row{AV_CODEC_ID_AMR_NB, code("samr")},       Row{AV_CODEC_ID_AMR_WB, code("sawb")},
-    Row{AV_CODEC_ID_ADPCM_IMA_QT, code("ima4")}, Row{AV_CODEC_ID_MACE3, code("MAC3")},
-    Row{AV_CODEC_ID_MACE6, code("MAC6")},        Row{AV_CODEC_ID_QDM2, code("QDM2")},
-    Row{AV_CODEC_ID_ADPCM_MS, waveFormat(0x02)}, Row{AV_CODEC_ID_ADPCM_IMA_WAV, waveFormat(0x11)},
-    Row{AV_CODEC_ID_GSM, code("agsm")},          Row{AV_CODEC_ID_GSM_MS, waveFormat(0x31)},
-    Row{AV_CODEC_ID_DTS, code("dtsc")},
+    Row{AV_CODEC_ID_MP1, ".mp1"},
+    Row{AV_CODEC_ID_MP2, ".mp2"},
+    Row{AV_CODEC_ID_MP3, ".mp3"},
+    Row{AV_CODEC_ID_ALAC, "alac"},
+    Row{AV_CODEC_ID_FLAC, "flac"},
+    Row{AV_CODEC_ID_OPUS, "opus"},
+    Row{AV_CODEC_ID_AC3, "ac-3"},
+    Row{AV_CODEC_ID_EAC3, "ec-3"},
+    Row{AV_CODEC_ID_PCM_MULAW, "ulaw"},
+    Row{AV_CODEC_ID_PCM_ALAW, "alaw"},
+    Row{AV_CODEC_ID_AMR_NB, "samr"},
+    Row{AV_CODEC_ID_AMR_WB, "sawb"},
+    Row{AV_CODEC_ID_ADPCM_IMA_QT, "ima4"},
+    Row{AV_CODEC_ID_MACE3, "MAC3"},
+    Row{AV_CODEC_ID_MACE6, "MAC6"},
+    Row{AV_CODEC_ID_QDM2, "QDM2"},
+    Row{AV_CODEC_ID_ADPCM_MS, "ms\0\x02"sv},
+    Row{AV_CODEC_ID_ADPCM_IMA_WAV, "ms\0\x11"sv},
+    Row{AV_CODEC_ID_GSM, "agsm"},
+    Row{AV_CODEC_ID_GSM_MS, "ms\0\x31"sv},
+    Row{AV_CODEC_ID_DTS, "dtsc"},
 };
 
 template <std::size_t size>
 Code find(const std::array<Row, size>& table, AVCodecID codec) {
     const auto* const row = std::ranges::find(table, codec, &Row::codec);
-    return row == table.end() ? std::nullopt : Code(row->code);
+    return row == table.end() ? std::nullopt : Code(fourCharCode(row->characters));
 }
 
 // FFmpeg keeps the first character in the least significant byte.
@@ -89,16 +88,16 @@ Code storedCharacters(const AVCodecParameters& format) {
 // Digital video with the height of the American pictures, or of the European ones.
 Code codeOfDigitalVideo(const AVCodecParameters& format) {
     constexpr int americanHeight = 480;
-    return format.height == americanHeight ? code("dvc ") : code("dvcp");
+    return format.height == americanHeight ? fourCharCode("dvc ") : fourCharCode("dvcp");
 }
 
 // Pictures without compression have one code for each layout; Windows has others.
 Code codeOfRawVideo(const AVCodecParameters& format) {
     const Code stored = storedCharacters(format);
-    if (stored == code("UYVY")) {
-        return code("2vuy");
+    if (stored == fourCharCode("UYVY")) {
+        return fourCharCode("2vuy");
     }
-    return stored == code("YUY2") ? code("yuvs") : stored;
+    return stored == fourCharCode("YUY2") ? fourCharCode("yuvs") : stored;
 }
 
 // The kind of AAC, by the first bits of its description (ISO/IEC 14496-3, AudioSpecificConfig):
@@ -130,12 +129,12 @@ bool isAac(const AVCodecParameters& format) {
 
 FourCharCode codeOfAac(const AVCodecParameters& format) {
     switch (aacObjectType(format)) {
-    case 5: return code("aach");
-    case parametricStereo: return code("aacp");
-    case 23: return code("aacl");
-    case 39: return code("aace");
-    case 42: return code("usac");
-    default: return code("aac ");
+    case 5: return fourCharCode("aach");
+    case parametricStereo: return fourCharCode("aacp");
+    case 23: return fourCharCode("aacl");
+    case 39: return fourCharCode("aace");
+    case 42: return fourCharCode("usac");
+    default: return fourCharCode("aac ");
     }
 }
 
@@ -151,7 +150,7 @@ Code codeOfVideo(const AVStream& stream, std::string_view container) {
     case AV_CODEC_ID_RAWVIDEO: return codeOfRawVideo(format);
     case AV_CODEC_ID_MJPEG:
         if (container == "avi") {
-            return code("dmb1"); // OpenDML's own form of it
+            return fourCharCode("dmb1"); // OpenDML's own form of it
         }
         break;
     default: break;
@@ -168,7 +167,7 @@ Code codeOfAudio(const AVStream& stream) {
     if (const Code known = find(audioCodes, format.codec_id)) {
         return known;
     }
-    return isPcm(stream) ? code("lpcm") : storedCharacters(format);
+    return isPcm(stream) ? fourCharCode("lpcm") : storedCharacters(format);
 }
 
 bool isParametricStereo(const AVStream& stream) {

@@ -138,11 +138,13 @@ public:
     explicit Clock(std::uint16_t division)
         : m_division(division) {}
 
-    [[nodiscard]] bool isSound() const { return isOfFrames() ? framesTicks() > 0 : m_division > 0; }
+    [[nodiscard]] bool isUsable() const {
+        return isOfFrames() ? ticksASecond() > 0 : m_division > 0;
+    }
 
     [[nodiscard]] double secondsOf(Music music) const {
         if (isOfFrames()) {
-            return static_cast<double>(music.end) / framesTicks();
+            return static_cast<double>(music.end) / ticksASecond();
         }
         constexpr std::uint32_t usualTempo = 500'000;
         constexpr double microsecondsASecond = 1e6;
@@ -167,7 +169,7 @@ private:
     [[nodiscard]] bool isOfFrames() const { return m_division >= 0x8000; }
     // In a second: so many frames, as a negative number in the upper byte, of so many ticks. 29
     // stands for the rate of American television.
-    [[nodiscard]] double framesTicks() const {
+    [[nodiscard]] double ticksASecond() const {
         constexpr unsigned american = 29;
         constexpr double americanRate = 30'000.0 / 1001;
         const unsigned frames = 256 - (m_division >> 8U);
@@ -198,7 +200,7 @@ std::optional<double> durationOfTracks(DataView chunks, const Clock& clock, bool
 
 } // namespace
 
-std::optional<double> durationOfMidi(const AvFile& file) {
+std::optional<double> durationOfMidi(const OpenedFile& file) {
     constexpr std::uint64_t maximumSize = std::uint64_t{16} << 20U;
     constexpr std::size_t headSize = 14;
     constexpr std::size_t sizeOffset = 4;
@@ -211,7 +213,7 @@ std::optional<double> durationOfMidi(const AvFile& file) {
     }
     const std::uint64_t tracks = formatOffset + bigEndian<std::uint32_t>(*head, sizeOffset);
     const Clock clock(bigEndian<std::uint16_t>(*head, divisionOffset));
-    if (tracks < headSize || tracks > file.size() || !clock.isSound()) {
+    if (tracks < headSize || tracks > file.size() || !clock.isUsable()) {
         return std::nullopt;
     }
     const auto chunks = file.bytes(tracks, file.size() - tracks, maximumSize);

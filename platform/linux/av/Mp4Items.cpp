@@ -5,8 +5,8 @@
 
 #include "platform/linux/ByteOrder.h"
 #include "platform/linux/ByteText.h"
+#include "platform/linux/IsoBoxes.h"
 #include "platform/linux/Utf16.h"
-#include "platform/linux/av/Mp4Boxes.h"
 
 #include <algorithm>
 #include <array>
@@ -19,8 +19,6 @@ namespace {
 
 using CommonKey = MediaAssetProperties::MetadataItem::CommonKey;
 using Keys = std::vector<std::optional<CommonKey>>;
-
-using Box = Mp4Box;
 
 constexpr std::array textNames{
     ItemName{"\xA9nam", CommonKey::title},
@@ -42,9 +40,9 @@ constexpr std::array keyNames{
     ItemName{"com.apple.quicktime.album", CommonKey::albumName},
 };
 
-std::optional<CommonKey> find(std::span<const ItemName> table, BoxType wanted) {
+std::optional<CommonKey> find(std::span<const ItemName> table, std::uint32_t wanted) {
     const auto name = std::ranges::find_if(
-        table, [wanted](const ItemName& one) { return boxType(one.name) == wanted; });
+        table, [wanted](const ItemName& one) { return fourCharCode(one.name) == wanted; });
     return name == table.end() ? std::nullopt : std::optional(name->key);
 }
 
@@ -54,13 +52,13 @@ constexpr std::uint64_t maximumText = std::uint64_t{64} << 10U;
 /// Goes along the boxes of one file and gathers what it finds.
 class Walk {
 public:
-    explicit Walk(const AvFile& file)
+    explicit Walk(const OpenedFile& file)
         : m_file(file)
         , m_boxes(file) {}
 
     Items take() {
-        forEach(m_boxes.whole(), [this](const Box& box) {
-            if (box.type == boxType("moov")) {
+        forEach(m_boxes.whole(), [this](const IsoBox& box) {
+            if (box.type == fourCharCode("moov")) {
                 readMovie(box);
             }
         });
@@ -69,27 +67,27 @@ public:
 
 private:
     template <class Visit>
-    void forEach(const Box& parent, const Visit& visit) {
+    void forEach(const IsoBox& parent, const Visit& visit) {
         m_boxes.forEach(parent, visit);
     }
 
-    [[nodiscard]] Data bytesOf(const Box& box) const {
+    [[nodiscard]] Data bytesOf(const IsoBox& box) const {
         return m_file.bytes(box.start, box.size(), maximumText).value_or(Data());
     }
 
-    void readMovie(const Box& movie) {
-        forEach(movie, [this](const Box& box) {
-            if (box.type == boxType("udta")) {
+    void readMovie(const IsoBox& movie) {
+        forEach(movie, [this](const IsoBox& box) {
+            if (box.type == fourCharCode("udta")) {
                 readUserData(box);
-            } else if (box.type == boxType("meta")) {
+            } else if (box.type == fourCharCode("meta")) {
                 readMetadata(box);
             }
         });
     }
 
-    void readUserData(const Box& data) {
-        forEach(data, [this](const Box& box) {
-            if (box.type == boxType("meta")) {
+    void readUserData(const IsoBox& data) {
+        forEach(data, [this](const IsoBox& box) {
+            if (box.type == fourCharCode("meta")) {
                 readMetadata(box);
             } else if (const auto key = find(textNames, box.type)) {
                 readTexts(*key, bytesOf(box));
@@ -100,17 +98,17 @@ private:
     }
 
     // QuickTime's box has nothing before the boxes in it, the other one has four bytes.
-    void readMetadata(Box metadata) {
+    void readMetadata(IsoBox metadata) {
         constexpr std::uint64_t versionSize = 4;
         const auto first = m_boxes.at(metadata.start, metadata.end);
-        if ((!first || first->type != boxType("hdlr")) && metadata.size() > versionSize) {
+        if ((!first || first->type != fourCharCode("hdlr")) && metadata.size() > versionSize) {
             metadata.start += versionSize;
         }
         Keys keys;
-        forEach(metadata, [this, &keys](const Box& box) {
-            if (box.type == boxType("keys")) {
+        forEach(metadata, [this, &keys](const IsoBox& box) {
+            if (box.type == fourCharCode("keys")) {
                 keys = keysIn(bytesOf(box));
-            } else if (box.type == boxType("ilst")) {
+            } else if (box.type == fourCharCode("ilst")) {
                 readList(box, keys);
             }
         });
@@ -138,13 +136,13 @@ private:
     }
 
     // With keys, types of boxes are the keys' numbers from 1 on.
-    void readList(const Box& list, const Keys& keys) {
-        forEach(list, [&](const Box& item) {
+    void readList(const IsoBox& list, const Keys& keys) {
+        forEach(list, [&](const IsoBox& item) {
             const bool isNumber = item.type >= 1 && item.type <= keys.size();
             const auto key = isNumber ? keys[item.type - 1] : find(textNames, item.type);
             if (key) {
-                forEach(item, [&](const Box& value) {
-                    if (value.type == boxType("data")) {
+                forEach(item, [&](const IsoBox& value) {
+                    if (value.type == fourCharCode("data")) {
                         readValue(*key, bytesOf(value));
                     }
                 });
@@ -198,14 +196,14 @@ private:
                                     : itemText(text)});
     }
 
-    const AvFile& m_file;
+    const OpenedFile& m_file;
     Items m_items;
-    Mp4Boxes m_boxes;
+    IsoBoxes m_boxes;
 };
 
 } // namespace
 
-Items itemsOfMp4(const AvFile& file) {
+Items itemsOfMp4(const OpenedFile& file) {
     return Walk(file).take();
 }
 

@@ -9,6 +9,6 @@ namespace platform::av {
 /// QuickTime's and of 3GPP's kind, and the list that iTunes writes -, and of QuickTime's metadata,
 /// which have keys. Libraries keep one of those that are there twice. What is damaged is left out.
 /// Any thread.
-[[nodiscard]] Items itemsOfMp4(const AvFile& file);
+[[nodiscard]] Items itemsOfMp4(const OpenedFile& file);
 
 } // namespace platform::av

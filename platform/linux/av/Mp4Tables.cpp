@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/av/Mp4Tables.h"
 
-#include "platform/linux/av/Mp4Boxes.h"
+#include "platform/linux/IsoBoxes.h"
 
+#include <algorithm>
+#include <array>
 #include <span>
 
 namespace platform::av {
@@ -10,16 +12,16 @@ namespace {
 
 // The way to the tables (ISO/IEC 14496-12, section 6.2.3), and those of them that are meant. The
 // one of times stays: it is short unless the rate varies, and the rate is in it.
-constexpr std::array way{boxType("moov"), boxType("trak"), boxType("mdia"), boxType("minf"),
-                         boxType("stbl")};
-constexpr std::array tables{boxType("stsz"), boxType("stz2"), boxType("stco"),
-                            boxType("co64"), boxType("stsc"), boxType("stss"),
-                            boxType("ctts"), boxType("sdtp"), boxType("sbgp")};
+constexpr std::array way{fourCharCode("moov"), fourCharCode("trak"), fourCharCode("mdia"),
+                         fourCharCode("minf"), fourCharCode("stbl")};
+constexpr std::array tables{fourCharCode("stsz"), fourCharCode("stz2"), fourCharCode("stco"),
+                            fourCharCode("co64"), fourCharCode("stsc"), fourCharCode("stss"),
+                            fourCharCode("ctts"), fourCharCode("sdtp"), fourCharCode("sbgp")};
 
-void follow(Mp4Boxes& boxes, const Mp4Box& parent, std::span<const BoxType> rest,
+void follow(IsoBoxes& boxes, const IsoBox& parent, std::span<const std::uint32_t> rest,
             std::vector<std::uint64_t>& places) {
     constexpr std::uint64_t sizeOfSize = 4;
-    boxes.forEach(parent, [&](const Mp4Box& box) {
+    boxes.forEach(parent, [&](const IsoBox& box) {
         if (!rest.empty() && box.type == rest.front()) {
             follow(boxes, box, rest.subspan(1), places); // five deep at most
         } else if (rest.empty() && std::ranges::find(tables, box.type) != tables.end()) {
@@ -30,8 +32,8 @@ void follow(Mp4Boxes& boxes, const Mp4Box& parent, std::span<const BoxType> rest
 
 } // namespace
 
-std::vector<std::uint64_t> placesOfSampleTables(const AvFile& file) {
-    Mp4Boxes boxes(file);
+std::vector<std::uint64_t> placesOfSampleTables(const OpenedFile& file) {
+    IsoBoxes boxes(file);
     std::vector<std::uint64_t> places;
     follow(boxes, boxes.whole(), way, places);
     return places;

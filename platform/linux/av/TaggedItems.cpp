@@ -27,7 +27,7 @@ using CommonKey = MediaAssetProperties::MetadataItem::CommonKey;
 /// The bytes of a file for TagLib, which has no way to write to them.
 class Stream final : public TagLib::IOStream {
 public:
-    explicit Stream(const AvFile& file)
+    explicit Stream(const OpenedFile& file)
         : m_file(file)
         , m_length(static_cast<long>(std::min<std::uint64_t>(
               file.size(), static_cast<std::uint64_t>(std::numeric_limits<long>::max())))) {}
@@ -60,7 +60,7 @@ public:
     void truncate(long /*length*/) override {}
 
 private:
-    const AvFile& m_file;
+    const OpenedFile& m_file;
     long m_length;
     long m_position = 0;
 };
@@ -159,7 +159,7 @@ constexpr std::array commentPackets{
 
 } // namespace
 
-Items itemsOfLeadingTag(const AvFile& file) {
+Items itemsOfLeadingTag(const OpenedFile& file) {
     Stream stream(file);
     PlainFile plain(stream);
     Items items;
@@ -167,7 +167,7 @@ Items itemsOfLeadingTag(const AvFile& file) {
     return items;
 }
 
-Items itemsOfChunks(const AvFile& file, bool isAiff) {
+Items itemsOfChunks(const OpenedFile& file, bool isAiff) {
     Stream stream(file);
     ChunkFile chunks(stream, isAiff);
     Items items;
@@ -183,7 +183,7 @@ Items itemsOfChunks(const AvFile& file, bool isAiff) {
     return items;
 }
 
-Items itemsOfOgg(const AvFile& file) {
+Items itemsOfOgg(const OpenedFile& file) {
     // In FLAC's case the packet is a block with a head of four bytes.
     constexpr std::size_t flacHeadSize = 4;
     Stream stream(file);

@@ -24,10 +24,6 @@ namespace {
 
 using Entities = PropertyList::Array;
 
-Failure systemFailure() {
-    return {std::generic_category().message(errno)};
-}
-
 PropertyList printed(const Entities& entities) {
     return PropertyList::Dictionary{{"system-entities", entities}};
 }
@@ -35,18 +31,18 @@ PropertyList printed(const Entities& entities) {
 /// Attaches one image, and undoes what it has made unless all of it succeeded.
 class Attachment {
 public:
-    Attachment(const AttachRecords& target, DiskImage opened)
-        : records(target)
-        , image(std::move(opened)) {
-        record.image = image.path;
+    Attachment(const AttachRecords& records, DiskImage image)
+        : m_records(records)
+        , m_image(std::move(image)) {
+        m_record.image = m_image.path;
     }
     Attachment(const Attachment&) = delete;
     Attachment& operator=(const Attachment&) = delete;
     Attachment(Attachment&&) = delete;
     Attachment& operator=(Attachment&&) = delete;
     ~Attachment() {
-        if (!record.isComplete) {
-            undo(record, records);
+        if (!m_record.isComplete) {
+            undo(m_record, m_records);
         }
     }
 
@@ -54,83 +50,82 @@ public:
         if (const auto failure = provideDisk()) {
             return *failure;
         }
-        if (image.map.partitions.empty() || image.isDisc) {
+        if (m_image.map.partitions.empty() || m_image.isDisc) {
             Partition whole;
-            whole.byteLength = image.disk->size();
+            whole.byteLength = m_image.disk->size();
             addVolume(whole);
         } else {
-            std::ranges::for_each(image.map.partitions,
+            std::ranges::for_each(m_image.map.partitions,
                                   [this](const Partition& part) { addVolume(part); });
         }
-        if (record.volumes.empty()) {
+        if (m_record.volumes.empty()) {
             return Failure{"no mountable file systems"};
         }
-        if (partialDisk) {
-            partialDisk->release();
+        if (m_partialDisk) {
+            m_partialDisk->release();
         }
-        record.isComplete = true;
-        if (!records.store(record)) {
-            record.isComplete = false;
-            return systemFailure();
+        m_record.isComplete = true;
+        if (!m_records.store(m_record)) {
+            m_record.isComplete = false;
+            return Failure::ofSystem(errno);
         }
-        return printed(record.entities);
+        return printed(m_record.entities);
     }
 
 private:
     // The disk as a plain file: the image itself, or one that it is expanded into.
     std::optional<Failure> provideDisk() {
-        if (image.kind == DiskImage::Kind::raw || image.kind == DiskImage::Kind::optical) {
+        if (m_image.kind == DiskImage::Kind::raw || m_image.kind == DiskImage::Kind::optical) {
             return provideImage();
         }
-        partialDisk = PartialDisk::open(image);
-        if (!partialDisk) {
-            return systemFailure();
+        m_partialDisk = PartialDisk::open(m_image);
+        if (!m_partialDisk) {
+            return Failure::ofSystem(errno);
         }
-        record.expandedDisk = partialDisk->path();
-        if (!records.store(record)) {
-            return systemFailure();
+        m_record.expandedDisk = m_partialDisk->path();
+        if (!m_records.store(m_record)) {
+            return Failure::ofSystem(errno);
         }
-        diskFile = partialDisk->path();
-        isReadOnly = true;
+        m_diskFile = m_partialDisk->path();
+        m_isReadOnly = true;
         return expand();
     }
 
     std::optional<Failure> provideImage() {
-        diskFile = image.path;
-        isReadOnly = image.kind == DiskImage::Kind::optical || !isWritable(image.path);
+        m_diskFile = m_image.path;
+        m_isReadOnly = m_image.kind == DiskImage::Kind::optical || !isWritable(m_image.path);
         // Two file systems on the same bytes would ruin one another.
-        if (!isReadOnly && LoopTable::isInUseForWriting(image.path)) {
-            errno = EBUSY;
-            return systemFailure();
+        if (!m_isReadOnly && LoopTable::isInUseForWriting(m_image.path)) {
+            return Failure::ofSystem(EBUSY);
         }
-        return records.store(record) ? std::nullopt : std::optional(systemFailure());
+        return m_records.store(m_record) ? std::nullopt : std::optional(Failure::ofSystem(errno));
     }
 
     std::optional<Failure> expand() {
-        auto failure = expandDisk(image, *partialDisk);
+        auto failure = expandDisk(m_image, *m_partialDisk);
         // What is wanted now goes before what somebody may still want.
         if (failure && failure->isForRoom && removePartialDisks(PartialDisks::all) > 0) {
-            failure = expandDisk(image, *partialDisk);
+            failure = expandDisk(m_image, *m_partialDisk);
         }
-        if (failure && failure->canGoOn && partialDisk->isOfUse()) {
-            record.expandedDisk.clear();
+        if (failure && failure->canGoOn && m_partialDisk->isOfUse()) {
+            m_record.expandedDisk.clear();
         }
         return failure ? std::optional(Failure{failure->reason}) : std::nullopt;
     }
 
     void addVolume(const Partition& part) {
-        const PartSource bytes(image.disk, part.firstByte, part.byteLength);
+        const PartSource bytes(m_image.disk, part.firstByte, part.byteLength);
         const auto volume = probeVolume(bytes);
         const bool isMountable = volume && volume->isFileSystem;
         PropertyList::Dictionary entity;
         entity.emplace("content-hint", contentHint(part, volume));
-        entity.emplace("dev-entry", propertyText(diskFile));
+        entity.emplace("dev-entry", propertyText(m_diskFile));
         entity.emplace("potentially-mountable", isMountable);
         if (isMountable) {
             entity.emplace("volume-kind", volumeKind(*volume));
             mount(*volume, part, bytes.size(), entity);
         }
-        record.entities.emplace_back(std::move(entity));
+        m_record.entities.emplace_back(std::move(entity));
     }
 
     static PropertyList contentHint(const Partition& part, const std::optional<Volume>& volume) {
@@ -143,27 +138,27 @@ private:
     // Adds what came of it to the entity.
     void mount(const Volume& volume, const Partition& part, std::uint64_t length,
                PropertyList::Dictionary& entity) {
-        const VolumeInFile source{.file = diskFile,
+        const VolumeInFile source{.file = m_diskFile,
                                   .offset = part.firstByte,
                                   .length = length,
-                                  .isWholeFile = length == image.disk->size(),
-                                  .isReadOnly = isReadOnly,
+                                  .isWholeFile = length == m_image.disk->size(),
+                                  .isReadOnly = m_isReadOnly,
                                   .volume = volume};
         const auto device = mountByService(source);
         if (const auto mounted = device ? device : mountHere(source)) {
             entity.insert_or_assign("dev-entry", propertyText(*mounted));
-            entity.emplace("mount-point", propertyText(record.volumes.back().mountPoint));
+            entity.emplace("mount-point", propertyText(m_record.volumes.back().mountPoint));
         }
     }
 
     // Answers the device.
     std::optional<std::string> mountByService(const VolumeInFile& source) {
-        record.volumes.push_back({.mountPoint = {},
-                                  .method = MountMethod::service,
-                                  .device = {{}, source.file, source.offset}});
-        const auto note = [this] { return records.store(record); };
-        if (note() && hdiutil::mountByService(source, record.volumes.back(), note)) {
-            return record.volumes.back().device.path;
+        m_record.volumes.push_back({.mountPoint = {},
+                                    .method = MountMethod::service,
+                                    .device = {{}, source.file, source.offset}});
+        if (note() &&
+            hdiutil::mountByService(source, m_record.volumes.back(), [this] { return note(); })) {
+            return m_record.volumes.back().device.path;
         }
         takeBackLastVolume();
         return std::nullopt;
@@ -175,29 +170,29 @@ private:
         if (!folder) {
             return std::nullopt;
         }
-        record.volumes.push_back({*folder, MountMethod::kernel});
-        const auto mounted = records.store(record) && WorkFolders::makeMountPoint(*folder)
-                                 ? mountVolume(source, *folder)
-                                 : std::nullopt;
-        if (!mounted) {
+        m_record.volumes.push_back({*folder, MountMethod::kernel});
+        auto device = note() && WorkFolders::makeMountPoint(*folder)
+                          ? mountVolume(source, m_record.volumes.back(), [this] { return note(); })
+                          : std::nullopt;
+        if (!device) {
             takeBackLastVolume();
-            return std::nullopt;
         }
-        record.volumes.back().method = mounted->method;
-        return mounted->device;
+        return device;
     }
+
+    [[nodiscard]] bool note() const { return m_records.store(m_record); }
 
     void takeBackLastVolume() {
-        static_cast<void>(unmountVolume(record.volumes.back()));
-        record.volumes.pop_back();
+        static_cast<void>(unmountVolume(m_record.volumes.back()));
+        m_record.volumes.pop_back();
     }
 
-    const AttachRecords& records;
-    DiskImage image;
-    AttachRecord record;
-    std::optional<PartialDisk> partialDisk;
-    std::string diskFile;
-    bool isReadOnly = true;
+    const AttachRecords& m_records;
+    DiskImage m_image;
+    AttachRecord m_record;
+    std::optional<PartialDisk> m_partialDisk;
+    std::string m_diskFile;
+    bool m_isReadOnly = true;
 };
 
 // The start of a disk is left to whoever attaches its image again.
@@ -218,12 +213,12 @@ struct Stock {
 void takeStockOf(const AttachRecord& record, const AttachRecords& records, Stock& stock) {
     if (!record.isComplete) {
         if (!undo(withoutPartialDisk(record), records)) {
-            stock.failure = systemFailure();
+            stock.failure = Failure::ofSystem(errno);
         }
     } else if (std::ranges::all_of(record.volumes, isThere)) {
         stock.attached = record;
     } else if (!undoWholly(record, records)) {
-        stock.failure = systemFailure();
+        stock.failure = Failure::ofSystem(errno);
     }
 }
 
@@ -251,14 +246,18 @@ Stock takeStock(const AttachRecords& records, const std::string& image) {
 
 } // namespace
 
+Failure Failure::ofSystem(int error) {
+    return {std::generic_category().message(error)};
+}
+
 std::variant<PropertyList, Failure> attachImage(const std::string& path) {
     const auto resolved = FileManager::resolvingSymlinks(path);
     if (!resolved) {
-        return systemFailure();
+        return Failure::ofSystem(errno);
     }
     const auto records = AttachRecords::open();
     if (!records) {
-        return systemFailure();
+        return Failure::ofSystem(errno);
     }
     const Stock stock = takeStock(*records, *resolved);
     if (stock.failure) {

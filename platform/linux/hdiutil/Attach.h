@@ -12,6 +12,9 @@ namespace platform::hdiutil {
 /// Why something was not done, in one line for people.
 struct Failure {
     std::string reason;
+
+    /// The failure that the system gives this number (errno).
+    [[nodiscard]] static Failure ofSystem(int error);
 };
 
 /// Shows the file systems of the image at `path` as folders and answers what is to be printed. An

@@ -5,6 +5,7 @@
 #include "platform/Digest.h"
 #include "platform/FileManager.h"
 #include "platform/Format.h"
+#include "platform/linux/hdiutil/SparseWrite.h"
 #include "platform/linux/hdiutil/WorkFolders.h"
 
 #include <algorithm>
@@ -110,15 +111,8 @@ std::string identifierOf(const std::string& image) {
     return Digest::hexString(digest.finish());
 }
 
-bool writeWholly(int descriptor, DataView data) {
-    while (!data.empty()) {
-        const ssize_t count = ::write(descriptor, data.data(), data.size());
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        data = data.subspan(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
-    }
-    return ::fsync(descriptor) == 0;
+Descriptor openedFile(const std::string& path, int flags) {
+    return Descriptor(::open(path.c_str(), flags | O_CLOEXEC | O_NOFOLLOW, privateMode));
 }
 
 } // namespace
@@ -162,28 +156,16 @@ std::optional<AttachRecords> AttachRecords::open() {
     if (!folder) {
         return std::nullopt;
     }
-    const int lock =
-        ::open((*folder + "/lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, privateMode);
-    if (lock < 0) {
+    Descriptor lock = openedFile(*folder + "/lock", O_RDWR | O_CREAT);
+    if (lock.number() < 0) {
         return std::nullopt;
     }
-    while (::flock(lock, LOCK_EX) != 0) {
+    while (::flock(lock.number(), LOCK_EX) != 0) {
         if (errno != EINTR) {
-            ::close(lock);
             return std::nullopt;
         }
     }
-    return AttachRecords(*folder, lock);
-}
-
-AttachRecords::AttachRecords(AttachRecords&& other) noexcept
-    : m_folder(std::move(other.m_folder))
-    , m_lock(std::exchange(other.m_lock, -1)) {}
-
-AttachRecords::~AttachRecords() {
-    if (m_lock >= 0) {
-        ::close(m_lock);
-    }
+    return AttachRecords(*folder, std::move(lock));
 }
 
 std::vector<AttachRecord> AttachRecords::all() const {
@@ -206,15 +188,13 @@ std::vector<AttachRecord> AttachRecords::all() const {
 bool AttachRecords::store(const AttachRecord& record) const {
     const std::string path = pathOf(record);
     const std::string draft = path + ".draft";
-    const int descriptor =
-        ::open(draft.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, privateMode);
-    if (descriptor < 0) {
+    const Descriptor file = openedFile(draft, O_WRONLY | O_CREAT | O_TRUNC);
+    if (file.number() < 0) {
         return false;
     }
     const Data data = record.asPropertyList().serialized(PropertyList::Format::xml);
-    const bool isWritten = !data.empty() && writeWholly(descriptor, data);
-    ::close(descriptor);
-    return isWritten && ::rename(draft.c_str(), path.c_str()) == 0;
+    return !data.empty() && writeAt(file.number(), 0, data) && ::fsync(file.number()) == 0 &&
+           ::rename(draft.c_str(), path.c_str()) == 0;
 }
 
 void AttachRecords::remove(const AttachRecord& record) const {

@@ -2,10 +2,12 @@
 #pragma once
 
 #include "platform/PropertyList.h"
+#include "platform/linux/Descriptor.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace platform::hdiutil {
@@ -45,6 +47,7 @@ struct AttachRecord {
 
     friend bool operator==(const AttachRecord&, const AttachRecord&) = default;
 
+    /// The record as it is kept. Paths are data in it, since they need not be UTF-8.
     [[nodiscard]] PropertyList asPropertyList() const;
     /// nullopt for anything but what `asPropertyList` makes.
     [[nodiscard]] static std::optional<AttachRecord> fromPropertyList(const PropertyList& list);
@@ -56,29 +59,25 @@ public:
     /// Waits for its turn. nullopt, with errno set, when there is no folder for records.
     [[nodiscard]] static std::optional<AttachRecords> open();
 
-    AttachRecords(AttachRecords&& other) noexcept;
-    AttachRecords& operator=(AttachRecords&&) = delete;
-    AttachRecords(const AttachRecords&) = delete;
-    AttachRecords& operator=(const AttachRecords&) = delete;
-    ~AttachRecords();
-
     /// All of them; damaged files are left out.
     [[nodiscard]] std::vector<AttachRecord> all() const;
 
-    /// Writes the record of an image, wholly or not at all, in place of an older one.
+    /// Writes the record of an image, wholly or not at all, in place of an older one. False, with
+    /// errno set, when the system refuses.
     [[nodiscard]] bool store(const AttachRecord& record) const;
 
+    /// Removes the record of that image.
     void remove(const AttachRecord& record) const;
 
 private:
-    AttachRecords(std::string folder, int lock)
+    AttachRecords(std::string folder, Descriptor lock)
         : m_folder(std::move(folder))
-        , m_lock(lock) {}
+        , m_lock(std::move(lock)) {}
 
     [[nodiscard]] std::string pathOf(const AttachRecord& record) const;
 
     std::string m_folder;
-    int m_lock;
+    Descriptor m_lock;
 };
 
 } // namespace platform::hdiutil

@@ -9,7 +9,8 @@
 namespace platform::hdiutil {
 
 /// Reads from a disk that is kept in bands of `bandSize` bytes: calls `readBand(number, offset,
-/// buffer)` for each piece of `buffer`, with the offset within the band, until one answers false.
+/// buffer)` for each piece of `buffer`, with the offset within the band, until one answers false,
+/// and answers whether none did.
 template <class ReadBand>
 [[nodiscard]] bool readInBands(std::uint64_t bandSize, std::uint64_t offset,
                                std::span<std::byte> buffer, const ReadBand& readBand) {
@@ -24,12 +25,6 @@ template <class ReadBand>
         offset += length;
     }
     return true;
-}
-
-/// Whether `length` bytes from `offset` on lie within `size`.
-[[nodiscard]] constexpr bool isInside(std::uint64_t offset, std::uint64_t length,
-                                      std::uint64_t size) {
-    return offset <= size && length <= size - offset;
 }
 
 } // namespace platform::hdiutil

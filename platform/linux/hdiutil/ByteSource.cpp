@@ -2,13 +2,10 @@
 #include "platform/linux/hdiutil/ByteSource.h"
 
 #include "platform/linux/PositionedRead.h"
-#include "platform/linux/hdiutil/BandedRead.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <limits>
 #include <system_error>
-#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -34,33 +31,27 @@ std::optional<std::uint64_t> sizeOf(int descriptor, struct stat& status) {
 } // namespace
 
 std::shared_ptr<const FileSource> FileSource::open(const std::string& path, std::string* reason) {
-    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK));
     struct stat status {};
-    const auto size = descriptor < 0 ? std::nullopt : sizeOf(descriptor, status);
+    const auto size = file.number() < 0 ? std::nullopt : sizeOf(file.number(), status);
     if (!size) {
         if (reason != nullptr) {
             *reason = std::generic_category().message(errno);
         }
-        if (descriptor >= 0) {
-            ::close(descriptor);
-        }
         return nullptr;
     }
-    return std::shared_ptr<const FileSource>(new FileSource(descriptor, *size, identityOf(status)));
-}
-
-FileSource::~FileSource() {
-    ::close(m_descriptor);
+    return std::shared_ptr<const FileSource>(
+        new FileSource(std::move(file), *size, identityOf(status)));
 }
 
 bool FileSource::read(std::uint64_t offset, std::span<std::byte> buffer) const {
     return isInside(offset, buffer.size(), m_size) &&
-           readAt(m_descriptor, offset, buffer) == buffer.size();
+           readAt(m_file.number(), offset, buffer) == buffer.size();
 }
 
 bool FileSource::isUnchanged() const {
     struct stat status {};
-    if (::fstat(m_descriptor, &status) != 0) {
+    if (::fstat(m_file.number(), &status) != 0) {
         return false;
     }
     const auto now = identityOf(status);

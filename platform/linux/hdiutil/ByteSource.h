@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/linux/Descriptor.h"
 #include "platform/linux/FileIdentity.h"
 
 #include <cstddef>
@@ -9,8 +10,15 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 
 namespace platform::hdiutil {
+
+/// Whether `length` bytes from `offset` on lie within `size`.
+[[nodiscard]] constexpr bool isInside(std::uint64_t offset, std::uint64_t length,
+                                      std::uint64_t size) {
+    return offset <= size && length <= size - offset;
+}
 
 /// The bytes of a file, or those of the disk that an image holds in whatever form. Any thread.
 class ByteSource {
@@ -38,12 +46,6 @@ public:
     [[nodiscard]] static std::shared_ptr<const FileSource> open(const std::string& path,
                                                                 std::string* reason = nullptr);
 
-    ~FileSource() override;
-    FileSource(const FileSource&) = delete;
-    FileSource& operator=(const FileSource&) = delete;
-    FileSource(FileSource&&) = delete;
-    FileSource& operator=(FileSource&&) = delete;
-
     [[nodiscard]] std::uint64_t size() const override { return m_size; }
     [[nodiscard]] bool read(std::uint64_t offset, std::span<std::byte> buffer) const override;
 
@@ -53,12 +55,12 @@ public:
     [[nodiscard]] bool isUnchanged() const;
 
 private:
-    FileSource(int descriptor, std::uint64_t size, const std::optional<FileIdentity>& state)
-        : m_descriptor(descriptor)
+    FileSource(Descriptor file, std::uint64_t size, const std::optional<FileIdentity>& state)
+        : m_file(std::move(file))
         , m_size(size)
         , m_state(state) {}
 
-    int m_descriptor;
+    Descriptor m_file;
     std::uint64_t m_size;
     std::optional<FileIdentity> m_state;
 };

@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <system_error>
 
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -19,10 +18,6 @@
 
 namespace platform::hdiutil {
 namespace {
-
-std::optional<Failure> systemFailure(int error) {
-    return Failure{std::generic_category().message(error)};
-}
 
 // Whether one of the entities has that device.
 bool hasDevice(const AttachRecord& record, const std::string& path) {
@@ -76,7 +71,7 @@ bool unmountByService(const std::string& path) {
 std::optional<Failure> unmountForeign(const std::string& path) {
     struct stat status {};
     if (::lstat(path.c_str(), &status) != 0) {
-        return systemFailure(errno);
+        return Failure::ofSystem(errno);
     }
     if (!isMountPoint(path)) {
         return Failure{"not a mount point"};
@@ -86,7 +81,7 @@ std::optional<Failure> unmountForeign(const std::string& path) {
     }
     const bool isUnmounted =
         ::umount2(path.c_str(), UMOUNT_NOFOLLOW) == 0 || (errno == EPERM && unmountByService(path));
-    return isUnmounted ? std::nullopt : systemFailure(errno);
+    return isUnmounted ? std::nullopt : std::optional(Failure::ofSystem(errno));
 }
 
 } // namespace
@@ -94,7 +89,7 @@ std::optional<Failure> unmountForeign(const std::string& path) {
 std::optional<Failure> detachVolume(const std::string& path) {
     const auto records = AttachRecords::open();
     if (!records) {
-        return systemFailure(errno);
+        return Failure::ofSystem(errno);
     }
     const std::string resolved =
         FileManager::resolvingSymlinks(path).value_or(PathString::standardizing(path));
@@ -103,10 +98,10 @@ std::optional<Failure> detachVolume(const std::string& path) {
         return unmountForeign(resolved);
     }
     if (std::ranges::any_of(record->volumes, isBusy)) {
-        return systemFailure(EBUSY);
+        return Failure::ofSystem(EBUSY);
     }
     if (!undoWholly(*record, *records)) {
-        return systemFailure(errno);
+        return Failure::ofSystem(errno);
     }
     // Ours may have been ejected elsewhere, and another volume of that name mounted in its place.
     return isMountPoint(resolved) ? unmountForeign(resolved) : std::nullopt;

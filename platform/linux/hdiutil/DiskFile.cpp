@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/hdiutil/DiskFile.h"
 
+#include "platform/linux/hdiutil/SparseWrite.h"
+
 #include <algorithm>
 #include <cerrno>
-#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -12,30 +13,11 @@
 namespace platform::hdiutil {
 namespace {
 
-bool isZero(std::span<const std::byte> bytes) {
-    return std::ranges::all_of(bytes, [](std::byte byte) { return byte == std::byte{0}; });
-}
-
-bool writeAt(int descriptor, std::uint64_t offset, std::span<const std::byte> bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count =
-            ::pwrite(descriptor, bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        if (count < 0 && errno != EINTR) {
-            return false;
-        }
-        const auto written = static_cast<std::size_t>(std::max<ssize_t>(count, 0));
-        bytes = bytes.subspan(written);
-        offset += written;
-    }
-    return true;
-}
-
 // Copies the rest of a disk, leaving out what is zero.
 std::optional<ExpansionFailure> copyDisk(const ByteSource& disk, int descriptor,
                                          const ExpansionStart& start) {
     constexpr std::size_t pieceSize = std::size_t{1} << 20;
-    if (::ftruncate(descriptor, static_cast<off_t>(start.written)) != 0 ||
-        ::ftruncate(descriptor, static_cast<off_t>(disk.size())) != 0) {
+    if (!resizeWithHole(descriptor, start.written, disk.size())) {
         return ExpansionFailure::ofSystem(errno);
     }
     std::vector<std::byte> piece(pieceSize);
@@ -45,7 +27,7 @@ std::optional<ExpansionFailure> copyDisk(const ByteSource& disk, int descriptor,
         if (!disk.read(offset, piece)) {
             return ExpansionFailure{"the image is damaged"};
         }
-        if (!isZero(piece) && !writeAt(descriptor, offset, piece)) {
+        if (!writeSparsely(descriptor, offset, piece)) {
             return ExpansionFailure::ofSystem(errno);
         }
         start.onWritten(offset + piece.size());

@@ -20,10 +20,9 @@ using Kind = DiskImage::Kind;
 
 const char* const notRecognized = "image not recognized";
 
-DiskImage imageOf(const std::string& path, Kind kind, std::shared_ptr<const FileSource> file) {
+DiskImage imageOf(const std::string& path, std::shared_ptr<const FileSource> file) {
     DiskImage image;
     image.path = path;
-    image.kind = kind;
     image.state = imageStateOf(file->state());
     image.storedBytes = file->size();
     image.file = std::move(file);
@@ -115,7 +114,7 @@ Opened openDiskImage(const std::string& path) {
     if (!file) {
         return reason;
     }
-    DiskImage image = imageOf(path, Kind::raw, std::move(file));
+    DiskImage image = imageOf(path, std::move(file));
     if (isEncryptedImage(*image.file)) {
         image.kind = Kind::encrypted;
         return image;

@@ -19,7 +19,7 @@ namespace platform::hdiutil {
 struct DiskImage {
     enum class Kind { udif, encrypted, sparseImage, sparseBundle, optical, raw };
 
-    std::string path;
+    std::string path; ///< as it was given
     Kind kind = Kind::raw;
     /// Of a UDIF image; empty for the others.
     std::optional<UdifImage> udif;
@@ -34,10 +34,10 @@ struct DiskImage {
     /// Whether the disk as a whole is an optical disc; a map then is for machines that take it for
     /// a hard disk.
     bool isDisc = false;
-    /// What the image takes up.
+    /// The bytes that the image takes up.
     std::uint64_t storedBytes = 0;
 
-    /// Size of the disk, as far as it is known: for encrypted ones what the image takes up.
+    /// Bytes of the disk, as far as they are known: for encrypted ones what the image takes up.
     [[nodiscard]] std::uint64_t totalBytes() const { return disk ? disk->size() : storedBytes; }
 
     /// Whether nobody seems to have written to the image since it was opened.
@@ -50,13 +50,14 @@ struct DiskImage {
 /// without any form counts when there are partitions or a file system in it.
 [[nodiscard]] std::variant<DiskImage, std::string> openDiskImage(const std::string& path);
 
-/// The four letters for the form ("UDZO"), its description, and the class that stands for it, as
-/// the system's own tool names them.
+/// The four letters for the form of an image ("UDZO"), its description, and the class that stands
+/// for it, as macOS names them.
 struct FormatNames {
     std::string_view format;
     std::string_view description;
     std::string_view className;
 };
+/// Those of the image. They live as long as the program.
 [[nodiscard]] FormatNames formatNamesOf(const DiskImage& image);
 
 } // namespace platform::hdiutil

@@ -17,17 +17,19 @@ namespace platform::hdiutil {
 struct ExpansionProgress {
     /// So many bytes from the disk's start on are written, and more may be.
     std::uint64_t written = 0;
-    std::uint64_t diskSize = 0;
+    std::uint64_t diskSize = 0; ///< bytes
     /// Of the disk's file, so that a copy of it is not taken for it.
     std::uint64_t diskInode = 0;
     /// The run of the system that wrote the disk; what another wrote may not have reached the disk.
     std::string boot;
+    /// Of the image when the disk was begun.
     ImageState state;
     /// The image's path, without links.
     std::string image;
 
     friend bool operator==(const ExpansionProgress&, const ExpansionProgress&) = default;
 
+    /// The bytes of the file.
     [[nodiscard]] Data serialized() const;
     /// nullopt for anything but what `serialized` makes, and when more is written than there is.
     [[nodiscard]] static std::optional<ExpansionProgress> parse(DataView bytes);

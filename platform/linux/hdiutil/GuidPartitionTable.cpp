@@ -172,8 +172,8 @@ std::optional<PartitionMap> tableAt(const ByteSource& disk, std::uint32_t blockS
     }
     PartitionMap map{PartitionMap::Scheme::gpt, blockSize, {}};
     for (std::uint32_t i = 0; i < header->entryCount; ++i) {
-        const Bytes entry = Bytes(*entries).subspan(std::size_t{i} * header->entrySize, //
-                                                    header->entrySize);
+        const std::size_t start = std::size_t{i} * header->entrySize;
+        const Bytes entry = Bytes(*entries).subspan(start, header->entrySize);
         if (auto partition = partitionOf(entry, i + 1, disk.size(), blockSize)) {
             map.partitions.push_back(std::move(*partition));
         }

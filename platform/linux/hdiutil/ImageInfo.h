@@ -6,7 +6,7 @@
 
 namespace platform::hdiutil {
 
-/// What is to be told of an image, in the shape of the system's own tool; besides, "Total Bytes",
+/// What is to be told of an image, in the shape that macOS gives it; besides, "Total Bytes",
 /// "Compressed Bytes" and "Encrypted" at the top level, where they are easily found. Sizes are
 /// bytes, starts and lengths of partitions blocks of 512 bytes.
 [[nodiscard]] PropertyList imageInfo(const DiskImage& image);

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <linux/loop.h>
 #include <sys/ioctl.h>
@@ -13,74 +12,41 @@
 namespace platform::hdiutil {
 namespace {
 
-// Closes a descriptor and leaves errno as it was.
-void closeQuietly(int descriptor) {
-    const int error = errno;
-    if (descriptor >= 0) {
-        ::close(descriptor);
-    }
-    errno = error;
+Descriptor openedFor(const std::string& path, bool isReadOnly) {
+    return Descriptor(::open(path.c_str(), (isReadOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC));
 }
 
 int freeNumber() {
-    const int control = ::open("/dev/loop-control", O_RDWR | O_CLOEXEC);
-    const int number = control < 0 ? -1 : ::ioctl(control, LOOP_CTL_GET_FREE);
-    closeQuietly(control);
-    return number;
-}
-
-// Answers the open device, or -1.
-int configured(const std::string& path, const loop_config& config, bool isReadOnly) {
-    const int device = ::open(path.c_str(), (isReadOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC);
-    if (device < 0 || ::ioctl(device, LOOP_CONFIGURE, &config) == 0) {
-        return device;
-    }
-    closeQuietly(device);
-    return -1;
+    const Descriptor control(::open("/dev/loop-control", O_RDWR | O_CLOEXEC));
+    return control.number() < 0 ? -1 : ::ioctl(control.number(), LOOP_CTL_GET_FREE);
 }
 
 } // namespace
 
 std::optional<LoopDevice> LoopDevice::attach(const std::string& file, std::uint64_t offset,
                                              std::uint64_t length, bool isReadOnly) {
-    const int backing = ::open(file.c_str(), (isReadOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC);
-    if (backing < 0) {
+    const Descriptor backing = openedFor(file, isReadOnly);
+    if (backing.number() < 0) {
         return std::nullopt;
     }
     loop_config config{};
-    config.fd = static_cast<std::uint32_t>(backing);
+    config.fd = static_cast<std::uint32_t>(backing.number());
     config.info.lo_offset = offset;
     config.info.lo_sizelimit = length;
     config.info.lo_flags =
         LO_FLAGS_AUTOCLEAR | (isReadOnly ? static_cast<std::uint32_t>(LO_FLAGS_READ_ONLY) : 0U);
     // Between the answer and its use another program may take the device.
     constexpr int attempts = 20;
-    std::optional<LoopDevice> result;
     errno = EBUSY;
-    for (int i = 0; i < attempts && !result && errno == EBUSY; ++i) {
+    for (int i = 0; i < attempts && errno == EBUSY; ++i) {
         const int number = freeNumber();
         std::string path = "/dev/loop" + std::to_string(number);
-        const int device = number < 0 ? -1 : configured(path, config, isReadOnly);
-        if (device >= 0) {
-            result = LoopDevice(device, std::move(path));
+        Descriptor device = number < 0 ? Descriptor() : openedFor(path, isReadOnly);
+        if (device.number() >= 0 && ::ioctl(device.number(), LOOP_CONFIGURE, &config) == 0) {
+            return LoopDevice(std::move(device), std::move(path));
         }
     }
-    closeQuietly(backing);
-    return result;
-}
-
-LoopDevice::LoopDevice(LoopDevice&& other) noexcept
-    : m_descriptor(std::exchange(other.m_descriptor, -1))
-    , m_path(std::move(other.m_path)) {}
-
-LoopDevice& LoopDevice::operator=(LoopDevice&& other) noexcept {
-    std::swap(m_descriptor, other.m_descriptor);
-    std::swap(m_path, other.m_path);
-    return *this;
-}
-
-LoopDevice::~LoopDevice() {
-    closeQuietly(m_descriptor);
+    return std::nullopt;
 }
 
 } // namespace platform::hdiutil

@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/linux/Descriptor.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace platform::hdiutil {
 
@@ -16,20 +19,14 @@ public:
     [[nodiscard]] static std::optional<LoopDevice>
     attach(const std::string& file, std::uint64_t offset, std::uint64_t length, bool isReadOnly);
 
-    LoopDevice(LoopDevice&& other) noexcept;
-    LoopDevice& operator=(LoopDevice&& other) noexcept;
-    LoopDevice(const LoopDevice&) = delete;
-    LoopDevice& operator=(const LoopDevice&) = delete;
-    ~LoopDevice();
-
     /// "/dev/loop7".
     [[nodiscard]] const std::string& path() const { return m_path; }
 
 private:
-    LoopDevice(int descriptor, std::string path)
-        : m_descriptor(descriptor)
+    LoopDevice(Descriptor device, std::string path)
+        : m_device(std::move(device))
         , m_path(std::move(path)) {}
-    int m_descriptor;
+    Descriptor m_device;
     std::string m_path;
 };
 

@@ -57,7 +57,6 @@ bool askServiceAgain(const VolumeInFile& volume, MountedVolume& place, PropertyL
     place.device.path.clear();
     place.device.sequence = 0;
     if (!mountByService(volume, place, [] { return true; })) {
-        static_cast<void>(unmountVolume(place));
         return false;
     }
     PropertyList::Dictionary changed = *entity.dictionary();
@@ -76,14 +75,13 @@ bool mountAgain(AttachRecord& record, std::size_t volumeNumber) {
         return false;
     }
     MountedVolume& place = record.volumes.at(volumeNumber);
-    if (place.method == MountMethod::service) {
-        return askServiceAgain(*volume, place, record.entities.at(*entity));
+    const bool isMounted = place.method == MountMethod::service
+                               ? askServiceAgain(*volume, place, record.entities.at(*entity))
+                               : mountVolume(*volume, place, [] { return true; }).has_value();
+    if (!isMounted) {
+        static_cast<void>(unmountVolume(place));
     }
-    const auto mounted = mountVolume(*volume, place.mountPoint);
-    if (mounted) {
-        place.method = mounted->method;
-    }
-    return mounted.has_value();
+    return isMounted;
 }
 
 } // namespace platform::hdiutil

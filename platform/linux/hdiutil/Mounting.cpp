@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <unistd.h>
@@ -30,7 +31,9 @@ std::string_view driverFor(std::string_view type) {
     return type == "ntfs" ? "ntfs3" : type;
 }
 
-std::optional<Mounted> mountByKernel(const VolumeInFile& volume, const std::string& mountPoint) {
+// A way to mount a volume answers what `mountVolume` does.
+std::optional<std::string> mountByKernel(const VolumeInFile& volume,
+                                         const std::string& mountPoint) {
     const auto device =
         LoopDevice::attach(volume.file, volume.offset, volume.length, volume.isReadOnly);
     if (!device) {
@@ -45,7 +48,7 @@ std::optional<Mounted> mountByKernel(const VolumeInFile& volume, const std::stri
     if (::mount(device->path().c_str(), mountPoint.c_str(), driver.c_str(), flags, nullptr) != 0) {
         return std::nullopt;
     }
-    return Mounted{MountMethod::kernel, device->path()};
+    return device->path();
 }
 
 /// Runs a program to its end without any output; whether it succeeded.
@@ -76,7 +79,7 @@ constexpr std::array<FuseProgram, 6> fusePrograms{{
     {"apfs", "fsapfsmount", true, "ro"},
 }};
 
-std::optional<Mounted> mountByFuse(const VolumeInFile& volume, const std::string& mountPoint) {
+std::optional<std::string> mountByFuse(const VolumeInFile& volume, const std::string& mountPoint) {
     const auto* const program =
         std::ranges::find(fusePrograms, volume.volume.type, &FuseProgram::type);
     if (program == fusePrograms.end() || (!volume.isWholeFile && !program->takesOffset)) {
@@ -90,7 +93,7 @@ std::optional<Mounted> mountByFuse(const VolumeInFile& volume, const std::string
     if (!isRun || !isMountPoint(mountPoint)) {
         return std::nullopt;
     }
-    return Mounted{MountMethod::fuse, volume.file};
+    return volume.file;
 }
 
 bool hasSpaceFor(const std::string& folder, std::uint64_t bytes) {
@@ -99,16 +102,8 @@ bool hasSpaceFor(const std::string& folder, std::uint64_t bytes) {
            status.f_bavail > bytes / std::max<std::uint64_t>(status.f_frsize, 1);
 }
 
-// Removes everything in a folder of ours, but not what is mounted in it.
-void empty(const std::string& folder) {
-    std::error_code ignored;
-    for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
-        std::filesystem::remove_all(entry.path(), ignored);
-    }
-}
-
 // Where the volume is not the whole file, the extractor gets a device or nothing.
-std::optional<Mounted> mountByCopy(const VolumeInFile& volume, const std::string& mountPoint) {
+std::optional<std::string> mountByCopy(const VolumeInFile& volume, const std::string& mountPoint) {
     if (!hasSpaceFor(mountPoint, volume.length)) {
         return std::nullopt;
     }
@@ -121,12 +116,12 @@ std::optional<Mounted> mountByCopy(const VolumeInFile& volume, const std::string
         }
         source = device->path();
     }
-    if (!run("7z", {"x", "-y", "-bd", "-o" + mountPoint, source})) {
-        empty(mountPoint);
+    // Without "-spd" it would also extract other files, where the name of this one has wildcards.
+    if (!run("7z", {"x", "-y", "-bd", "-spd", "-o" + mountPoint, source})) {
         return std::nullopt;
     }
     ::chmod(mountPoint.c_str(), 0500);
-    return Mounted{MountMethod::copy, volume.file};
+    return volume.file;
 }
 
 bool removeCopy(const std::string& folder) {
@@ -155,7 +150,7 @@ bool unmountHere(const MountedVolume& volume) {
                                                run("fusermount3", {"-u", volume.mountPoint}))) {
         return true;
     }
-    // The program that unmounts for users keeps the reason to itself. There is only this one.
+    // The program that unmounts for users keeps the reason to itself: the volume is in use.
     errno = volume.method == MountMethod::fuse && reason == EPERM ? EBUSY : reason;
     return false;
 }
@@ -231,10 +226,19 @@ bool mountByService(const VolumeInFile& volume, MountedVolume& target,
     return isMountPoint(target.mountPoint);
 }
 
-std::optional<Mounted> mountVolume(const VolumeInFile& volume, const std::string& mountPoint) {
-    for (const auto way : {mountByKernel, mountByFuse, mountByCopy}) {
-        if (auto mounted = way(volume, mountPoint)) {
-            return mounted;
+std::optional<std::string> mountVolume(const VolumeInFile& volume, MountedVolume& target,
+                                       const std::function<bool()>& note) {
+    constexpr std::array<std::pair<MountMethod, decltype(&mountByKernel)>, 3> ways{{
+        {MountMethod::kernel, mountByKernel},
+        {MountMethod::fuse, mountByFuse},
+        {MountMethod::copy, mountByCopy},
+    }};
+    for (const auto& [method, mount] : ways) {
+        if (std::exchange(target.method, method) != method && !note()) {
+            return std::nullopt;
+        }
+        if (auto device = mount(volume, target.mountPoint)) {
+            return device;
         }
     }
     return std::nullopt;

@@ -13,25 +13,21 @@ namespace platform::hdiutil {
 
 /// A file system in a file.
 struct VolumeInFile {
-    std::string file; ///< holds the disk as it is
-    std::uint64_t offset = 0;
-    std::uint64_t length = 0;
+    std::string file;         ///< holds the disk as it is
+    std::uint64_t offset = 0; ///< bytes, from the beginning of the file
+    std::uint64_t length = 0; ///< bytes
     bool isWholeFile = false;
-    bool isReadOnly = false;
+    bool isReadOnly = false; ///< whether nobody may write to the file
     Volume volume;
 };
 
-/// What mounting made.
-struct Mounted {
-    MountMethod method = MountMethod::kernel;
-    std::string device; ///< the block device, or the file where there is none
-};
-
-/// Shows the volume at `mountPoint`, an empty folder, in the first way that works: the kernel's
-/// own driver over a loop device, a FUSE program, a copy. nullopt when none does; the folder is
-/// empty then.
-[[nodiscard]] std::optional<Mounted> mountVolume(const VolumeInFile& volume,
-                                                 const std::string& mountPoint);
+/// Shows the volume at the mount point of `target`, an empty folder, in the first way that works:
+/// the kernel's own driver over a loop device, a FUSE program, a copy. The method of `target` is
+/// the one that is tried, and `note` is called before another one is: when it answers false,
+/// nothing more is tried. Answers the block device, or the file where there is none; nullopt when
+/// no way worked, and what was made is for `unmountVolume` then.
+[[nodiscard]] std::optional<std::string>
+mountVolume(const VolumeInFile& volume, MountedVolume& target, const std::function<bool()>& note);
 
 /// Lets the disk service of the system mount a volume of the method `service`. What `target` tells
 /// of the device and the mount point becomes true on the way, and `note` is called for the device:
@@ -52,8 +48,8 @@ struct Mounted {
 /// Whether a volume that is mounted at `path` is in use. False where nothing is mounted.
 [[nodiscard]] bool isBusy(const MountedVolume& volume);
 
-/// Undoes `mountVolume` and removes the folder. False, with errno set, when the system refuses;
-/// true also when there is nothing to undo.
+/// Undoes `mountVolume`, finished or not, and removes the folder, or undoes `mountByService`.
+/// False, with errno set, when the system refuses; true also when there is nothing to undo.
 [[nodiscard]] bool unmountVolume(const MountedVolume& volume);
 
 } // namespace platform::hdiutil

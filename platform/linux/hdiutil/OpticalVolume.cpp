@@ -97,7 +97,7 @@ public:
             if (!m_disc.read((firstDescriptor + i) * sectorSize, sector)) {
                 break;
             }
-            unknownInARow = isKnown(sector) ? 0 : unknownInARow + 1;
+            unknownInARow = take(sector) ? 0 : unknownInARow + 1;
         }
         chooseLabel();
         return m_features.isIso9660 || m_features.isUdf ? std::optional(m_features) : std::nullopt;
@@ -105,7 +105,7 @@ public:
 
 private:
     // Takes in what a descriptor says. False when it is none.
-    bool isKnown(const Sector& sector) {
+    bool take(const Sector& sector) {
         if (hasTextAt(sector, 1, "CD001")) {
             takeIso9660(sector);
         } else if (hasTextAt(sector, 1, "BEA01")) {

@@ -25,6 +25,7 @@ public:
     /// since; otherwise starts a new one. nullopt, with errno set, when neither can be done.
     [[nodiscard]] static std::optional<PartialDisk> open(const DiskImage& image);
 
+    /// Where the disk is.
     [[nodiscard]] const std::string& path() const { return m_path; }
     /// Of the disk, for reading and writing; -1 after `finish`.
     [[nodiscard]] int descriptor() const { return m_disk.number(); }
@@ -71,6 +72,7 @@ bool removeDisk(const std::string& path);
 /// How long a partial disk is kept after it last grew.
 inline constexpr std::chrono::hours partialDiskLifetime{24};
 
+/// Which partial disks.
 enum class PartialDisks {
     useless, ///< of images that are gone, of another run of the system, damaged, or too old
     all

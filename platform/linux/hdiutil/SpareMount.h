@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/linux/Descriptor.h"
+
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace platform::hdiutil {
 
@@ -16,20 +19,14 @@ public:
     /// does to anyone but root.
     [[nodiscard]] static std::optional<SpareMount> of(const std::string& mountPoint);
 
-    SpareMount(SpareMount&& other) noexcept;
-    SpareMount& operator=(SpareMount&& other) noexcept;
-    SpareMount(const SpareMount&) = delete;
-    SpareMount& operator=(const SpareMount&) = delete;
-    ~SpareMount();
-
     /// Shows the file system at `mountPoint`, an existing folder, where it stays beyond the end of
     /// this object. False, with errno set, when the system refuses.
     [[nodiscard]] bool moveTo(const std::string& mountPoint) const;
 
 private:
-    explicit SpareMount(int descriptor)
-        : m_descriptor(descriptor) {}
-    int m_descriptor;
+    explicit SpareMount(Descriptor descriptor)
+        : m_descriptor(std::move(descriptor)) {}
+    Descriptor m_descriptor;
 };
 
 } // namespace platform::hdiutil

@@ -15,6 +15,8 @@ namespace platform::hdiutil {
 namespace {
 
 constexpr std::size_t maximumListSize = std::size_t{1} << 20;
+// Smaller ones, which nobody makes, would cost the search for a file every few bytes.
+constexpr std::int64_t minimumBandSize = 512;
 constexpr std::int64_t maximumBandSize = std::int64_t{1} << 40;
 
 std::optional<PropertyList> descriptionAt(const std::string& path) {
@@ -43,7 +45,7 @@ SparseBundle::open(const std::string& path) {
     const auto list = descriptionAt(path);
     const std::int64_t bandSize = list ? numberIn(*list, "band-size") : 0;
     const std::int64_t size = list ? numberIn(*list, "size") : 0;
-    if (bandSize == 0 || bandSize > maximumBandSize || size == 0) {
+    if (bandSize < minimumBandSize || bandSize > maximumBandSize || size == 0) {
         return "the description of the sparse bundle is damaged";
     }
     return std::shared_ptr<const SparseBundle>(new SparseBundle(

@@ -60,7 +60,7 @@ public:
         , m_trailer(trailer) {}
 
     std::variant<UdifImage, UdifError> read() {
-        if (readTrailer() && readChecksum() && readTables() && collectChunks()) {
+        if (readTrailer() && readChecksum() && readTables() && sortChunks()) {
             return std::move(m_image);
         }
         return std::move(m_error);
@@ -95,13 +95,9 @@ private:
         if (!isKnownTrailer()) {
             return false;
         }
-        m_image.flags = number(12);
         m_image.dataForkOffset = longNumber(24);
-        m_image.dataForkLength = longNumber(32);
-        m_image.variant = number(488);
         m_image.sectorCount = longNumber(492);
-        if (m_image.dataForkOffset > m_file.size() ||
-            m_image.dataForkLength > m_file.size() - m_image.dataForkOffset) {
+        if (!isInside(m_image.dataForkOffset, longNumber(32), m_file.size())) {
             return damaged("the data fork lies beyond the end of the file");
         }
         return m_image.sectorCount <= maximumSectorCount ||
@@ -125,7 +121,7 @@ private:
     std::optional<Data> directoryAt(std::size_t field) {
         const std::uint64_t offset = longNumber(field);
         const std::uint64_t length = longNumber(field + 8);
-        if (offset > m_file.size() || length > m_file.size() - offset) {
+        if (!isInside(offset, length, m_file.size())) {
             damaged("the list of block tables lies beyond the end of the file");
             return std::nullopt;
         }
@@ -141,7 +137,7 @@ private:
         return bytes;
     }
 
-    std::optional<std::vector<UdifResource>> resources() {
+    std::optional<std::vector<Data>> tables() {
         constexpr std::size_t resourceFork = 40;
         constexpr std::size_t propertyList = 216;
         const bool hasPropertyList = longNumber(propertyList + 8) != 0;
@@ -162,28 +158,22 @@ private:
     }
 
     bool readTables() {
-        auto found = resources();
+        const auto found = tables();
         if (!found) {
             return false;
         }
         const UdifLimits limits{m_file.size(), m_image.dataForkOffset, m_image.sectorCount};
-        for (UdifResource& resource : *found) {
-            auto table = readUdifBlockTable(std::move(resource), limits);
-            if (auto* error = std::get_if<UdifError>(&table)) {
-                m_error = std::move(*error);
+        for (const Data& table : *found) {
+            if (auto error = readUdifBlockTable(table, limits, m_image.chunks)) {
+                m_error = *std::move(error);
                 return false;
             }
-            m_image.tables.push_back(std::get<UdifTable>(std::move(table)));
         }
-        return !m_image.tables.empty() || m_image.sectorCount == 0 ||
-               damaged("there are no block tables");
+        return !found->empty() || m_image.sectorCount == 0 || damaged("there are no block tables");
     }
 
-    bool collectChunks() {
+    bool sortChunks() {
         auto& chunks = m_image.chunks;
-        for (const UdifTable& table : m_image.tables) {
-            chunks.insert(chunks.end(), table.chunks.begin(), table.chunks.end());
-        }
         std::ranges::sort(chunks, {}, &UdifChunk::firstSector);
         const auto overlap =
             std::ranges::adjacent_find(chunks, [](const UdifChunk& one, const UdifChunk& next) {

@@ -34,31 +34,17 @@ struct UdifChunk {
     friend bool operator==(const UdifChunk&, const UdifChunk&) = default;
 };
 
-/// The table of the chunks of one partition, or of what lies between partitions.
-struct UdifTable {
-    /// As the image says, for example "disk image (Apple_HFS : 1)". Hostile when shown.
-    std::string name;
-    std::uint64_t firstSector = 0;
-    std::uint64_t sectorCount = 0;
-    /// In the order of the table.
-    std::vector<UdifChunk> chunks;
-};
-
 /// What a UDIF image (".dmg") says of itself.
 struct UdifImage {
     /// The size of the disk in sectors; its size in bytes fits in 63 bits.
     std::uint64_t sectorCount = 0;
-    /// 1: a whole device, 2: one partition.
-    std::uint32_t variant = 0;
-    std::uint32_t flags = 0;
+    /// In bytes from the start of the image's file.
     std::uint64_t dataForkOffset = 0;
-    std::uint64_t dataForkLength = 0;
     /// Of the data fork: 0 none, 2 CRC-32. Not compared with the data.
     std::uint32_t checksumType = 0;
     /// Upper-case hexadecimal digits.
     std::string checksumValue;
-    std::vector<UdifTable> tables;
-    /// The chunks of all tables by their first sector; no two overlap.
+    /// The chunks of all block tables by their first sector; no two overlap.
     std::vector<UdifChunk> chunks;
 };
 

@@ -7,9 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <initializer_list>
-#include <optional>
 #include <string_view>
-#include <utility>
 
 namespace platform::hdiutil {
 namespace {
@@ -60,23 +58,22 @@ bool fit(std::initializer_list<std::uint64_t> parts, std::uint64_t whole) {
 
 class Reader {
 public:
-    Reader(UdifResource resource, const UdifLimits& limits)
-        : m_bytes(std::move(resource.bytes))
-        , m_limits(limits) {
-        m_table.name = std::move(resource.name);
-    }
+    Reader(DataView table, const UdifLimits& limits, std::vector<UdifChunk>& chunks)
+        : m_bytes(table)
+        , m_limits(limits)
+        , m_chunks(chunks) {}
 
-    std::variant<UdifTable, UdifError> read() {
+    std::optional<UdifError> read() {
         if (auto error = readHeader()) {
-            return *std::move(error);
+            return error;
         }
-        const DataView records = DataView(m_bytes).subspan(headerSize, m_count * recordSize);
+        const DataView records = m_bytes.subspan(headerSize, m_count * recordSize);
         for (std::size_t offset = 0; offset < records.size(); offset += recordSize) {
             if (auto error = readChunk(records.subspan(offset, recordSize))) {
-                return *std::move(error);
+                return error;
             }
         }
-        return std::move(m_table);
+        return std::nullopt;
     }
 
 private:
@@ -88,8 +85,8 @@ private:
             return unsupported(
                 format("version {} of block tables is not known", number(m_bytes, 4)));
         }
-        m_table.firstSector = longNumber(m_bytes, 8);
-        m_table.sectorCount = longNumber(m_bytes, 16);
+        m_firstSector = longNumber(m_bytes, 8);
+        m_sectorCount = longNumber(m_bytes, 16);
         m_dataOffset = longNumber(m_bytes, 24);
         m_count = number(m_bytes, 200);
         if (m_count > (m_bytes.size() - headerSize) / recordSize) {
@@ -115,21 +112,20 @@ private:
             error = placeData(chunk);
         }
         if (!error && chunk.sectorCount > 0) {
-            m_table.chunks.push_back(chunk);
+            m_chunks.push_back(chunk);
         }
         return error;
     }
 
     // Makes the first sector count from the start of the disk.
     [[nodiscard]] std::optional<UdifError> place(UdifChunk& chunk) const {
-        if (!fit({chunk.firstSector, chunk.sectorCount}, m_table.sectorCount)) {
+        if (!fit({chunk.firstSector, chunk.sectorCount}, m_sectorCount)) {
             return damaged("a chunk lies beyond the end of its table");
         }
-        if (!fit({m_table.firstSector, chunk.firstSector, chunk.sectorCount},
-                 m_limits.sectorCount)) {
+        if (!fit({m_firstSector, chunk.firstSector, chunk.sectorCount}, m_limits.sectorCount)) {
             return damaged("a chunk lies beyond the end of the disk");
         }
-        chunk.firstSector += m_table.firstSector;
+        chunk.firstSector += m_firstSector;
         return std::nullopt;
     }
 
@@ -162,18 +158,20 @@ private:
         return bigEndian<std::uint64_t>(bytes, offset);
     }
 
-    Data m_bytes;
+    DataView m_bytes;
     const UdifLimits& m_limits;
-    UdifTable m_table;
+    std::vector<UdifChunk>& m_chunks;
+    std::uint64_t m_firstSector = 0;
+    std::uint64_t m_sectorCount = 0;
     std::uint64_t m_dataOffset = 0;
     std::size_t m_count = 0;
 };
 
 } // namespace
 
-std::variant<UdifTable, UdifError> readUdifBlockTable(UdifResource resource,
-                                                      const UdifLimits& limits) {
-    return Reader(std::move(resource), limits).read();
+std::optional<UdifError> readUdifBlockTable(DataView table, const UdifLimits& limits,
+                                            std::vector<UdifChunk>& chunks) {
+    return Reader(table, limits, chunks).read();
 }
 
 } // namespace platform::hdiutil

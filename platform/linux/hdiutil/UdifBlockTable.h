@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/Data.h"
 #include "platform/linux/hdiutil/Udif.h"
-#include "platform/linux/hdiutil/UdifResources.h"
 
-#include <variant>
+#include <cstdint>
+#include <optional>
+#include <vector>
 
 namespace platform::hdiutil {
 
@@ -18,9 +20,9 @@ struct UdifLimits {
     std::uint64_t sectorCount;
 };
 
-/// Reads one block table ("mish"). Every chunk of the answer is within the limits. The bytes may be
-/// hostile; any thread.
-[[nodiscard]] std::variant<UdifTable, UdifError> readUdifBlockTable(UdifResource resource,
-                                                                    const UdifLimits& limits);
+/// Reads one block table ("mish") and adds its chunks to `chunks`, all of them within the limits.
+/// Answers what is wrong with it, if anything is. The bytes may be hostile; any thread.
+[[nodiscard]] std::optional<UdifError> readUdifBlockTable(DataView table, const UdifLimits& limits,
+                                                          std::vector<UdifChunk>& chunks);
 
 } // namespace platform::hdiutil

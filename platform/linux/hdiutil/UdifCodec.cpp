@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/hdiutil/UdifCodec.h"
 
+#include "platform/linux/Inflate.h"
+
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <limits>
-#include <memory>
 
 #include <bzlib.h>
-#include <libdeflate.h>
 #include <lzma.h>
 
 namespace platform::hdiutil {
@@ -83,19 +82,6 @@ private:
     std::size_t m_written = 0;
 };
 
-struct FreeDecompressor {
-    void operator()(libdeflate_decompressor* object) const { libdeflate_free_decompressor(object); }
-};
-
-bool expandZlib(Input input, Output output) {
-    const std::unique_ptr<libdeflate_decompressor, FreeDecompressor> decompressor(
-        libdeflate_alloc_decompressor());
-    // Without a place for the number of bytes written, all of the output must be filled.
-    return decompressor && libdeflate_zlib_decompress_ex(decompressor.get(), input.data(),
-                                                         input.size(), output.data(), output.size(),
-                                                         nullptr, nullptr) == LIBDEFLATE_SUCCESS;
-}
-
 bool expandBzip2(Input input, Output output) {
     constexpr std::size_t maximum = std::numeric_limits<unsigned>::max();
     if (input.size() > maximum || output.size() > maximum) {
@@ -131,7 +117,7 @@ bool canExpand(Kind kind) {
 bool expandChunk(Kind kind, Input input, Output output) {
     switch (kind) {
     case Kind::adc: return AdcExpansion(input, output).run();
-    case Kind::zlib: return expandZlib(input, output);
+    case Kind::zlib: return inflateInto(output, input);
     case Kind::bzip2: return expandBzip2(input, output);
     case Kind::lzma: return expandLzma(input, output);
     case Kind::lzfse:

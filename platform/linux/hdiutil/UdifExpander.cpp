@@ -2,77 +2,22 @@
 #include "platform/linux/hdiutil/UdifExpander.h"
 
 #include "platform/Format.h"
+#include "platform/linux/hdiutil/SparseWrite.h"
 #include "platform/linux/hdiutil/UdifCodec.h"
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cstring>
 #include <mutex>
 #include <new>
 #include <system_error>
 #include <thread>
 #include <vector>
 
-#include <unistd.h>
-
 namespace platform::hdiutil {
 namespace {
 
-// Holes are made of whole blocks of the file system, which rarely has others than these.
-constexpr std::uint64_t blockSize = 4096;
 constexpr std::uint64_t pieceSize = std::uint64_t{1} << 20;
-
-using Bytes = std::span<const std::byte>;
-
-bool isZero(Bytes bytes) {
-    return bytes.front() == std::byte{0} &&
-           std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0;
-}
-
-// Writes all of the bytes; answers 0 or the number of the error.
-int writeAt(int descriptor, std::uint64_t offset, Bytes bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count =
-            ::pwrite(descriptor, bytes.data(), bytes.size(), static_cast<off_t>(offset));
-        if (count < 0 && errno != EINTR) {
-            return errno;
-        }
-        const auto written = static_cast<std::size_t>(std::max<ssize_t>(count, 0));
-        bytes = bytes.subspan(written);
-        offset += written;
-    }
-    return 0;
-}
-
-// How many of the bytes, which belong to `offset` of the file, make up whole blocks of zeros, or,
-// with `zero` false, blocks of which none is all zeros.
-std::size_t runLength(std::uint64_t offset, Bytes bytes, bool zero) {
-    std::size_t length = 0;
-    while (length < bytes.size()) {
-        const auto toBoundary = static_cast<std::size_t>(blockSize - (offset + length) % blockSize);
-        const Bytes block = bytes.subspan(length, std::min(toBoundary, bytes.size() - length));
-        if (isZero(block) != zero) {
-            break;
-        }
-        length += block.size();
-    }
-    return length;
-}
-
-// The same as writeAt, but leaves blocks of zeros out.
-int writeSparsely(int descriptor, std::uint64_t offset, Bytes bytes) {
-    while (!bytes.empty()) {
-        const std::size_t zeros = runLength(offset, bytes, true);
-        const std::size_t length = runLength(offset + zeros, bytes.subspan(zeros), false);
-        if (const int error = writeAt(descriptor, offset + zeros, bytes.subspan(zeros, length))) {
-            return error;
-        }
-        bytes = bytes.subspan(zeros + length);
-        offset += zeros + length;
-    }
-    return 0;
-}
 
 class Expansion {
 public:
@@ -90,10 +35,7 @@ public:
             fail({"lzfse compression is not supported"});
             return false;
         }
-        const auto size = static_cast<off_t>(m_image.sectorCount * udifSectorSize);
-        // What the holes would otherwise let through goes first.
-        const auto kept = static_cast<off_t>(m_written);
-        if (::ftruncate(m_descriptor, kept) != 0 || ::ftruncate(m_descriptor, size) != 0) {
+        if (!resizeWithHole(m_descriptor, m_written, m_image.sectorCount * udifSectorSize)) {
             failForSystem(errno);
             return false;
         }
@@ -154,9 +96,9 @@ private:
         }
     }
 
-    void write(std::uint64_t offset, Bytes bytes) {
-        if (const int error = writeSparsely(m_descriptor, offset, bytes)) {
-            failForSystem(error);
+    void write(std::uint64_t offset, std::span<const std::byte> bytes) {
+        if (!writeSparsely(m_descriptor, offset, bytes)) {
+            failForSystem(errno);
         }
     }
 

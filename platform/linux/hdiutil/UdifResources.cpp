@@ -3,6 +3,7 @@
 
 #include "platform/PropertyList.h"
 #include "platform/linux/ByteOrder.h"
+#include "platform/linux/hdiutil/ByteSource.h"
 
 #include <cstdint>
 #include <utility>
@@ -10,18 +11,7 @@
 namespace platform::hdiutil {
 namespace {
 
-using Resources = std::vector<UdifResource>;
-
-// The name in Unicode when there is one, else the older one.
-std::string nameOf(const PropertyList& entry) {
-    for (const char* key : {"CFName", "Name"}) {
-        const PropertyList* name = entry.valueForKey(key);
-        if (name != nullptr && name->string() != nullptr) {
-            return *name->string();
-        }
-    }
-    return {};
-}
+using Resources = std::vector<Data>;
 
 constexpr std::uint32_t blockTableType = 0x626C6B78; // "blkx"
 
@@ -31,25 +21,13 @@ std::size_t countAt(DataView bytes, std::size_t offset) {
 }
 
 std::optional<DataView> part(DataView whole, std::size_t offset, std::size_t length) {
-    if (offset > whole.size() || length > whole.size() - offset) {
-        return std::nullopt;
-    }
-    return whole.subspan(offset, length);
+    return isInside(offset, length, whole.size()) ? std::optional(whole.subspan(offset, length))
+                                                  : std::nullopt;
 }
 
 // All of `whole` from `offset` on, when that is at least `length` bytes.
 std::optional<DataView> rest(DataView whole, std::size_t offset, std::size_t length) {
     return part(whole, offset, length) ? std::optional(whole.subspan(offset)) : std::nullopt;
-}
-
-// A text in the old encoding. Beyond ASCII it depends on the machine that wrote it.
-std::string plainText(DataView bytes) {
-    std::string text;
-    for (const std::byte byte : bytes) {
-        const auto c = std::to_integer<unsigned char>(byte);
-        text.push_back(c >= 0x20 && c < 0x7F ? static_cast<char>(c) : '?');
-    }
-    return text;
 }
 
 class ResourceFork {
@@ -103,7 +81,7 @@ private:
         return result;
     }
 
-    std::optional<UdifResource> resourceOf(DataView reference) {
+    std::optional<Data> resourceOf(DataView reference) {
         // The upper byte holds attributes.
         const std::uint32_t place = bigEndian<std::uint32_t>(reference, 4) & 0xFFFFFFU;
         const auto length = part(*m_data, place, 4);
@@ -114,19 +92,7 @@ private:
             return std::nullopt;
         }
         m_budget -= bytes->size();
-        return UdifResource{nameAt(bigEndian<std::uint16_t>(reference, 2)),
-                            Data(bytes->begin(), bytes->end())};
-    }
-
-    // A name is no reason to refuse an image: empty when it is not where it should be.
-    [[nodiscard]] std::string nameAt(std::uint16_t offset) const {
-        constexpr std::uint16_t none = 0xFFFF;
-        const auto names = rest(*m_map, bigEndian<std::uint16_t>(*m_map, 26), 0);
-        const auto length = names && offset != none ? part(*names, offset, 1) : std::nullopt;
-        const auto name =
-            length ? part(*names, offset + 1U, std::to_integer<std::size_t>(length->front()))
-                   : std::nullopt;
-        return name ? plainText(*name) : std::string();
+        return Data(bytes->begin(), bytes->end());
     }
 
     std::optional<DataView> m_data;
@@ -149,7 +115,7 @@ std::optional<Resources> blockTablesOfPropertyList(DataView bytes) {
         if (table == nullptr || table->data() == nullptr) {
             return std::nullopt;
         }
-        result.push_back({nameOf(entry), *table->data()});
+        result.push_back(*table->data());
     }
     return result;
 }

@@ -22,7 +22,7 @@ UdifSource::UdifSource(std::shared_ptr<const ByteSource> file, UdifImage image)
     , m_image(std::move(image)) {}
 
 bool UdifSource::read(std::uint64_t offset, std::span<std::byte> buffer) const {
-    if (offset > size() || buffer.size() > size() - offset) {
+    if (!isInside(offset, buffer.size(), size())) {
         return false;
     }
     const auto& chunks = m_image.chunks;

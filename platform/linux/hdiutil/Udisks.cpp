@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/hdiutil/Udisks.h"
 
+#include "platform/linux/Descriptor.h"
 #include "platform/linux/hdiutil/LoopTable.h"
+#include "platform/linux/hdiutil/UdisksPaths.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <string_view>
 #include <thread>
@@ -11,7 +12,6 @@
 #include <vector>
 
 #include <fcntl.h>
-#include <unistd.h>
 
 namespace platform::hdiutil {
 namespace {
@@ -30,47 +30,6 @@ constexpr std::string_view managerPath = "/org/freedesktop/UDisks2/Manager";
 constexpr std::string_view managerInterface = "org.freedesktop.UDisks2.Manager";
 constexpr std::string_view loopInterface = "org.freedesktop.UDisks2.Loop";
 constexpr std::string_view fileSystemInterface = "org.freedesktop.UDisks2.Filesystem";
-constexpr std::string_view devicesPath = "/org/freedesktop/UDisks2/block_devices/";
-constexpr std::string_view devicesFolder = "/dev/";
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-bool isLetterOrDigit(char c) {
-    return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
-
-// Object paths have letters, digits and "_" only; the service writes others as "_" and two
-// hexadecimal digits.
-std::string objectPathOf(std::string_view device) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string path(devicesPath);
-    device.remove_prefix(device.starts_with(devicesFolder) ? devicesFolder.size() : 0);
-    for (const char c : device) {
-        if (isLetterOrDigit(c)) {
-            path.push_back(c);
-        } else {
-            const auto byte = static_cast<unsigned char>(c);
-            path.append({'_', digits.at(byte >> 4U), digits.at(byte & 0xFU)});
-        }
-    }
-    return path;
-}
-
-// "/dev/loop7" for the object of a loop device, and only for one.
-std::optional<std::string> loopDeviceOf(std::string_view objectPath) {
-    if (!objectPath.starts_with(devicesPath)) {
-        return std::nullopt;
-    }
-    const std::string_view name = objectPath.substr(devicesPath.size());
-    constexpr std::string_view prefix = "loop";
-    if (!name.starts_with(prefix) || name.size() == prefix.size() ||
-        !std::ranges::all_of(name.substr(prefix.size()), isDigit)) {
-        return std::nullopt;
-    }
-    return std::string(devicesFolder).append(name);
-}
 
 bool isPlain(const BusReply& reply) {
     return reply.errorName.empty();
@@ -114,9 +73,9 @@ Udisks* Udisks::shared() {
 
 std::optional<std::string> Udisks::addLoop(const std::string& file, std::uint64_t offset,
                                            std::uint64_t length, bool isReadOnly) {
-    const int descriptor =
-        ::open(file.c_str(), (isReadOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC | O_NOCTTY);
-    if (descriptor < 0) {
+    const Descriptor opened(
+        ::open(file.c_str(), (isReadOnly ? O_RDONLY : O_RDWR) | O_CLOEXEC | O_NOCTTY));
+    if (opened.number() < 0) {
         return std::nullopt;
     }
     auto options = withoutQuestions();
@@ -124,9 +83,8 @@ std::optional<std::string> Udisks::addLoop(const std::string& file, std::uint64_
     options.push_back({"size", length});
     options.push_back({"read-only", isReadOnly});
     options.push_back({"no-part-scan", true});
-    const BusReply reply = call(std::string(managerPath), managerInterface, "LoopSetup", descriptor,
-                                std::move(options));
-    ::close(descriptor);
+    const BusReply reply = call(std::string(managerPath), managerInterface, "LoopSetup",
+                                opened.number(), std::move(options));
     auto device = reply.isPath && reply.text ? loopDeviceOf(*reply.text) : std::nullopt;
     if (!device) {
         setErrno(reply);
@@ -169,24 +127,24 @@ BusReply Udisks::call(const std::string& path, std::string_view interface, std::
                       std::optional<int> descriptor, std::vector<BusOption> options) {
     BusReply none;
     none.errorName = "timeout";
-    if (isSilent) {
+    if (m_isSilent) {
         return none;
     }
-    auto result = bus.call({.destination = std::string(serviceName),
-                            .path = path,
-                            .interface = std::string(interface),
-                            .member = std::string(member),
-                            .startsDestination = true,
-                            .text = std::nullopt,
-                            .descriptor = descriptor,
-                            .options = std::move(options)},
-                           Clock::now() + patience);
+    auto result = m_bus.call({.destination = std::string(serviceName),
+                              .path = path,
+                              .interface = std::string(interface),
+                              .member = std::string(member),
+                              .startsDestination = true,
+                              .text = std::nullopt,
+                              .descriptor = descriptor,
+                              .options = std::move(options)},
+                             Clock::now() + patience);
     if (auto* reply = std::get_if<BusReply>(&result)) {
         return std::move(*reply);
     }
     // Whoever waits for a disk waits once, not for each volume.
-    isSilent = std::holds_alternative<MessageBus::TimedOut>(result);
-    if (!isSilent) {
+    m_isSilent = std::holds_alternative<MessageBus::TimedOut>(result);
+    if (!m_isSilent) {
         none.errorName = "unreachable";
     }
     return none;

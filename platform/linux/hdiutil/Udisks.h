@@ -36,7 +36,7 @@ public:
 
 private:
     explicit Udisks(MessageBus open)
-        : bus(std::move(open)) {}
+        : m_bus(std::move(open)) {}
 
     [[nodiscard]] BusReply call(const std::string& path, std::string_view interface,
                                 std::string_view member, std::optional<int> descriptor,
@@ -44,8 +44,8 @@ private:
     [[nodiscard]] BusReply callForDevice(const std::string& device, std::string_view interface,
                                          std::string_view member);
 
-    MessageBus bus;
-    bool isSilent = false; ///< it has not answered in time, and is asked no more
+    MessageBus m_bus;
+    bool m_isSilent = false; ///< it has not answered in time, and is asked no more
 };
 
 } // namespace platform::hdiutil

@@ -41,8 +41,8 @@ private:
         }
     }
 
-    // `unit` is a number of bytes below 2^25 or so, and the others are kept from making their
-    // product with it wrap around.
+    // The product stays below the volume's size. Those that callers make of fields of a hostile
+    // volume have too few bits to wrap around.
     void addUnits(std::uint64_t firstUnit, std::uint64_t unit) {
         if (unit != 0 && firstUnit < m_bytes.size() / unit) {
             add(firstUnit * unit, detail);

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/hdiutil/VolumeProbe.h"
 
+#include "platform/linux/Descriptor.h"
 #include "platform/linux/Utf8.h"
+#include "platform/linux/hdiutil/SparseWrite.h"
 #include "platform/linux/hdiutil/VolumeLandmarks.h"
 
 #include <algorithm>
@@ -20,7 +22,6 @@
 namespace platform::hdiutil {
 namespace {
 
-constexpr std::size_t pageSize = 4096;
 constexpr std::size_t copySize = 64U << 10U;
 
 // A file in memory that has the landmarks of a volume in their places and nothing in between:
@@ -28,29 +29,20 @@ constexpr std::size_t copySize = 64U << 10U;
 class Excerpt {
 public:
     explicit Excerpt(const ByteSource& bytes)
-        : m_descriptor(::memfd_create("volume", MFD_CLOEXEC)) {
-        m_isComplete = m_descriptor >= 0 && takeSize(bytes.size());
+        : m_file(::memfd_create("volume", MFD_CLOEXEC)) {
+        m_isComplete = descriptor() >= 0 && takeSize(bytes.size());
         for (const Stretch& stretch : volumeLandmarks(bytes)) {
             m_isComplete = m_isComplete && copy(bytes, stretch);
         }
     }
-    Excerpt(const Excerpt&) = delete;
-    Excerpt& operator=(const Excerpt&) = delete;
-    Excerpt(Excerpt&&) = delete;
-    Excerpt& operator=(Excerpt&&) = delete;
-    ~Excerpt() {
-        if (m_descriptor >= 0) {
-            ::close(m_descriptor);
-        }
-    }
 
     [[nodiscard]] bool isComplete() const { return m_isComplete; }
-    [[nodiscard]] int descriptor() const { return m_descriptor; }
+    [[nodiscard]] int descriptor() const { return m_file.number(); }
 
 private:
     [[nodiscard]] bool takeSize(std::uint64_t size) const {
         return size <= static_cast<std::uint64_t>(std::numeric_limits<off_t>::max()) &&
-               ::ftruncate(m_descriptor, static_cast<off_t>(size)) == 0;
+               ::ftruncate(descriptor(), static_cast<off_t>(size)) == 0;
     }
 
     [[nodiscard]] bool copy(const ByteSource& bytes, const Stretch& stretch) const {
@@ -59,7 +51,8 @@ private:
             const auto length = std::min<std::uint64_t>(copySize, stretch.length - done);
             const auto piece = std::span(buffer).first(length);
             // A part that is damaged must not hide the rest.
-            if (bytes.read(stretch.offset + done, piece) && !write(piece, stretch.offset + done)) {
+            if (bytes.read(stretch.offset + done, piece) &&
+                !writeSparsely(descriptor(), stretch.offset + done, piece)) {
                 return false;
             }
             done += length;
@@ -67,23 +60,7 @@ private:
         return true;
     }
 
-    // Leaves out the pages of zeros, which is most of them: the file has these already.
-    [[nodiscard]] bool write(std::span<const std::byte> piece, std::uint64_t offset) const {
-        while (!piece.empty()) {
-            const auto page = piece.first(std::min(pageSize, piece.size()));
-            const bool isBlank =
-                std::ranges::all_of(page, [](std::byte byte) { return byte == std::byte{0}; });
-            if (!isBlank && ::pwrite(m_descriptor, page.data(), page.size(),
-                                     static_cast<off_t>(offset)) != std::ssize(page)) {
-                return false;
-            }
-            piece = piece.subspan(page.size());
-            offset += page.size();
-        }
-        return true;
-    }
-
-    int m_descriptor;
+    Descriptor m_file;
     bool m_isComplete = false;
 };
 

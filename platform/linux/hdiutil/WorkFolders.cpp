@@ -50,6 +50,7 @@ std::optional<std::string> runtimeFolder() {
     if (!folder && ::geteuid() == 0) {
         folder = "/run";
     }
+    errno = ENOENT; // where there is none, the system says nothing
     return privateFolder(folder, "quillmere");
 }
 
@@ -64,6 +65,7 @@ std::optional<std::string> cacheFolder() {
     if (folder) {
         ::mkdir(folder->c_str(), privateMode);
     }
+    errno = ENOENT;
     return privateFolder(folder, "quillmere");
 }
 

@@ -5,7 +5,8 @@
 #include <string>
 #include <string_view>
 
-/// Where the tool keeps what it makes. All folders are the user's own and closed to others.
+/// Where the tool keeps what it makes. All folders are the user's own, and others may not write to
+/// them. One thread at a time.
 namespace platform::hdiutil::WorkFolders {
 
 /// For records of what is attached: below the user's runtime folder (XDG_RUNTIME_DIR, for root

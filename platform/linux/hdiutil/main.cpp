@@ -11,7 +11,7 @@
 #include <cstdio>
 #include <exception>
 #include <string>
-#include <string_view>
+#include <variant>
 #include <vector>
 
 namespace {
@@ -83,6 +83,6 @@ int main(int argc, char* argv[]) {
     try {
         return run(Words(argv + (argc > 0 ? 1 : 0), argv + argc));
     } catch (const std::exception& error) {
-        return fail("run", error.what());
+        return fail(argc > 1 ? argv[1] : "run", error.what());
     }
 }

@@ -29,7 +29,7 @@ constexpr std::uint32_t embeddedSpace = 0x4D424544; // "MBED"
 class Header {
 public:
     // False unless a header of a known size is there.
-    bool read(const ImageFile& file) {
+    bool read(const OpenedFile& file) {
         std::array<std::byte, 4> size{};
         if (!file.read(fileHeaderSize, size)) {
             return false;
@@ -75,7 +75,7 @@ bool isKnownDepth(unsigned bits) {
 
 // The bits of the red component: by its mask, which stands in longer headers and behind shorter
 // ones, otherwise by the whole.
-std::int64_t depthOf(const Header& header, const ImageFile& file) {
+std::int64_t depthOf(const Header& header, const OpenedFile& file) {
     constexpr std::size_t redMask = 40;
     std::array<std::byte, 4> mask{};
     const bool hasMask = header.hasMasks() &&
@@ -98,7 +98,7 @@ void addDensity(const Header& header, ImageProperties& properties) {
     }
 }
 
-void addProfile(const Header& header, const ImageFile& file, ImageProperties& properties) {
+void addProfile(const Header& header, const OpenedFile& file, ImageProperties& properties) {
     const std::uint32_t space = header.size() >= version4HeaderSize ? header.longAt(56) : 0;
     if (space == sRGBSpace) {
         properties.profileName = sRGBProfileName;
@@ -113,7 +113,7 @@ void addProfile(const Header& header, const ImageFile& file, ImageProperties& pr
 
 } // namespace
 
-std::optional<ImageProperties> readBmp(const ImageFile& file, bool wantsImageCount) {
+std::optional<ImageProperties> readBmp(const OpenedFile& file, bool wantsImageCount) {
     Header header;
     if (!header.read(file) || header.width() <= 0 || header.height() == 0 ||
         !isKnownDepth(header.bits())) {

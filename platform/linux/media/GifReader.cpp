@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // GIF (CompuServe's Graphics Interchange Format, version 89a), with giflib.
+#include "platform/linux/media/BufferedFile.h"
 #include "platform/linux/media/ImageFormats.h"
 
 #include <algorithm>
@@ -81,7 +82,7 @@ private:
 
 } // namespace
 
-std::optional<ImageProperties> readGif(const ImageFile& file, bool wantsImageCount) {
+std::optional<ImageProperties> readGif(const OpenedFile& file, bool wantsImageCount) {
     BufferedFile bytes(file, wantsImageCount ? countingBufferSize : bufferSize);
     const Gif gif(::DGifOpen(&bytes, readBytes, nullptr));
     if (gif == nullptr || gif->SWidth <= 0 || gif->SHeight <= 0) {

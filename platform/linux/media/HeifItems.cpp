@@ -5,7 +5,6 @@
 
 #include "platform/linux/ByteOrder.h"
 #include "platform/linux/ByteText.h"
-#include "platform/linux/media/HeifBoxes.h"
 
 #include <algorithm>
 #include <array>
@@ -14,22 +13,21 @@
 namespace platform::media {
 namespace {
 
-constexpr int mostItems = 4096;
 // Whoever reads the data of a picture that is made of others needs their few bytes.
 constexpr std::uint64_t fewBytes = 4096;
 
 using ItemId = std::uint32_t;
 
 // The number of an item that is a picture; nullopt for one of another kind.
-std::optional<ItemId> pictureIn(const ImageFile& file, const HeifContent& entry) {
+std::optional<ItemId> pictureIn(const OpenedFile& file, const IsoBox& entry) {
     constexpr std::size_t shortEntry = 12; // version and flags, number, protection, type
     constexpr std::size_t longEntry = 14;
     std::array<std::byte, longEntry> bytes{};
-    if (entry.length < shortEntry || file.readSome(entry.offset, bytes) < shortEntry) {
+    if (entry.size() < shortEntry || file.readSome(entry.start, bytes) < shortEntry) {
         return std::nullopt;
     }
     constexpr auto longVersion = std::byte{3};
-    const bool isLong = bytes[0] == longVersion && entry.length >= longEntry;
+    const bool isLong = bytes[0] == longVersion && entry.size() >= longEntry;
     const std::size_t type = (isLong ? longEntry : shortEntry) - 4;
     if (!hasTextAt(bytes, type, "hvc1") && !hasTextAt(bytes, type, "av01")) {
         return std::nullopt;
@@ -38,26 +36,22 @@ std::optional<ItemId> pictureIn(const ImageFile& file, const HeifContent& entry)
 }
 
 // The numbers of the items that are pictures, in order.
-std::vector<ItemId> picturesOf(const ImageFile& file, const HeifContent& meta) {
+std::vector<ItemId> picturesOf(const OpenedFile& file, IsoBoxes& boxes, const IsoBox& meta) {
     std::vector<ItemId> pictures;
     std::array<std::byte, 1> version{};
-    const auto items = HeifBoxes(file, meta).find("iinf");
-    if (!items || items->length < 8 || !file.read(items->offset, version)) {
+    auto items = boxes.find(meta, fourCharCode("iinf"));
+    if (!items || items->size() < 8 || !file.read(items->start, version)) {
         return pictures;
     }
     // Version and flags, and how many there are.
-    const std::uint64_t headSize = version[0] == std::byte{0} ? 6 : 8;
-    HeifBoxes boxes(file, {items->offset + headSize, items->length - headSize});
-    for (int i = 0; i < mostItems; ++i) {
-        const auto entry = boxes.next();
-        if (!entry) {
-            break;
-        }
-        const auto picture = boxes.isOf("infe") ? pictureIn(file, *entry) : std::nullopt;
+    items->start += version[0] == std::byte{0} ? 6U : 8U;
+    boxes.forEach(*items, [&](const IsoBox& entry) {
+        const auto picture =
+            entry.type == fourCharCode("infe") ? pictureIn(file, entry) : std::nullopt;
         if (picture) {
             pictures.push_back(*picture);
         }
-    }
+    });
     std::ranges::sort(pictures);
     return pictures;
 }
@@ -129,17 +123,16 @@ void addLengths(Numbers& numbers, const Widths& widths, const std::vector<ItemId
 
 } // namespace
 
-std::vector<HeifNumber> lengthsOfHeifPictures(const ImageFile& file) {
+std::vector<HeifNumber> lengthsOfHeifPictures(const OpenedFile& file, const IsoBox& meta) {
     constexpr std::uint64_t mostBytes = 1U << 20U;
     std::vector<HeifNumber> lengths;
-    const auto meta = metaOfHeif(file);
-    const auto places = meta ? HeifBoxes(file, *meta).find("iloc") : std::nullopt;
-    const auto bytes =
-        places ? file.bytes(places->offset, places->length, mostBytes) : std::nullopt;
+    IsoBoxes boxes(file);
+    const auto places = boxes.find(meta, fourCharCode("iloc"));
+    const auto bytes = places ? file.bytes(places->start, places->size(), mostBytes) : std::nullopt;
     if (!bytes) {
         return lengths;
     }
-    const auto pictures = picturesOf(file, *meta);
+    const auto pictures = picturesOf(file, boxes, meta);
     Numbers numbers(*bytes);
     const Widths widths(numbers);
     for (auto items = widths.areSound() ? numbers.next(widths.number()) : 0;
@@ -147,7 +140,7 @@ std::vector<HeifNumber> lengthsOfHeifPictures(const ImageFile& file) {
         addLengths(numbers, widths, pictures, lengths);
     }
     for (HeifNumber& length : lengths) {
-        length.offset += places->offset;
+        length.offset += places->start;
     }
     return lengths;
 }

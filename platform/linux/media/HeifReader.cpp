@@ -3,6 +3,7 @@
 #include "platform/linux/media/HeifReader.h"
 
 #include "platform/linux/ByteOrder.h"
+#include "platform/linux/media/BufferedFile.h"
 #include "platform/linux/media/ColorProfile.h"
 #include "platform/linux/media/HeifBoxes.h"
 #include "platform/linux/media/HeifItems.h"
@@ -26,10 +27,13 @@ constexpr std::size_t bufferSize = 4U << 10U;
 /// The file as libheif sees it, which loads what it can get. It has only the boxes, until their end
 /// was reached, and in these the pictures have no data.
 struct Input {
-    explicit Input(const ImageFile& image)
+    Input(const OpenedFile& image, const HeifDescription& description)
         : file(image, bufferSize)
-        , end(endOfHeifDescription(image))
-        , hidden(lengthsOfHeifPictures(image)) {}
+        , end(description.end) {
+        if (description.meta) {
+            hidden = lengthsOfHeifPictures(image, *description.meta);
+        }
+    }
 
     BufferedFile file;
     std::uint64_t end;
@@ -150,7 +154,7 @@ Data exifOf(const Handle& image) {
     return block;
 }
 
-ImageProperties propertiesOf(const Handle& image, const ImageFile& file) {
+ImageProperties propertiesOf(const Handle& image, bool isMonochrome) {
     ImageProperties properties;
     properties.pixelWidth = ::heif_image_handle_get_ispe_width(image.get());
     properties.pixelHeight = ::heif_image_handle_get_ispe_height(image.get());
@@ -158,7 +162,7 @@ ImageProperties propertiesOf(const Handle& image, const ImageFile& file) {
         properties.depth = bits;
     }
     const Data profile = profileOf(image);
-    properties.colorModel = isGrayProfile(profile) || isMonochromeHeif(file) ? "Gray" : "RGB";
+    properties.colorModel = isMonochrome || isGrayProfile(profile) ? "Gray" : "RGB";
     properties.profileName = nameOfProfile(profile);
     if (!properties.profileName && isMarkedAsSRGB(image)) {
         properties.profileName = sRGBProfileName;
@@ -177,8 +181,9 @@ void prepareHeif() {
     ::heif_init(nullptr);
 }
 
-std::optional<ImageProperties> readHeif(const ImageFile& file, bool wantsImageCount) {
-    Input input(file);
+std::optional<ImageProperties> readHeif(const OpenedFile& file, bool wantsImageCount) {
+    const HeifDescription description = descriptionOfHeif(file);
+    Input input(file, description);
     const Context context(::heif_context_alloc());
     const bool isRead =
         context != nullptr &&
@@ -187,7 +192,8 @@ std::optional<ImageProperties> readHeif(const ImageFile& file, bool wantsImageCo
     if (image == nullptr) {
         return std::nullopt;
     }
-    ImageProperties properties = propertiesOf(image, file);
+    ImageProperties properties =
+        propertiesOf(image, description.meta && isMonochromeHeif(file, *description.meta));
     if (*properties.pixelWidth <= 0 || *properties.pixelHeight <= 0) {
         return std::nullopt;
     }

@@ -32,7 +32,7 @@ bool isImage(DataView image) {
 
 } // namespace
 
-std::optional<ImageProperties> readIco(const ImageFile& file, bool wantsImageCount) {
+std::optional<ImageProperties> readIco(const OpenedFile& file, bool wantsImageCount) {
     std::array<std::byte, directorySize + entrySize> head{};
     if (!file.read(0, head)) {
         return std::nullopt;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/ImageSource.h"
-#include "platform/linux/media/ImageFile.h"
+#include "platform/linux/OpenedFile.h"
 
 #include <optional>
 
@@ -12,7 +12,7 @@
 /// for want of memory. Any thread.
 namespace platform::media {
 
-using ImageFormatReader = std::optional<ImageProperties>(const ImageFile& file,
+using ImageFormatReader = std::optional<ImageProperties>(const OpenedFile& file,
                                                          bool wantsImageCount);
 
 /// Windows and OS/2 bitmaps.

@@ -69,7 +69,7 @@ void prepareImageReaders() {
 }
 
 std::optional<ImageProperties> readImage(int descriptor, bool wantsImageCount) {
-    const auto file = ImageFile::of(descriptor);
+    const auto file = OpenedFile::of(descriptor);
     if (!file) {
         return std::nullopt;
     }

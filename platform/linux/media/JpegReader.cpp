@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // JPEG (ITU-T T.81), with JFIF (ITU-T T.871) and Exif 2.32, with libjpeg-turbo.
 #include "platform/linux/ByteText.h"
+#include "platform/linux/media/BufferedFile.h"
 #include "platform/linux/media/ColorProfile.h"
 #include "platform/linux/media/ImageFormats.h"
 #include "platform/linux/media/MultiPicture.h"
@@ -76,7 +77,7 @@ void skip(j_decompress_ptr info, long count) {
 // Reads a file up to its first scan.
 class Header {
 public:
-    explicit Header(const ImageFile& file)
+    explicit Header(const OpenedFile& file)
         : m_file(file, bufferSize) {
         m_info.err = ::jpeg_std_error(&m_errors.base);
         m_errors.base.error_exit = escape;
@@ -170,7 +171,7 @@ void addDensity(const jpeg_decompress_struct& info, ImageProperties& properties)
 
 } // namespace
 
-std::optional<ImageProperties> readJpeg(const ImageFile& file, bool wantsImageCount) {
+std::optional<ImageProperties> readJpeg(const OpenedFile& file, bool wantsImageCount) {
     Header header(file);
     header.read();
     const jpeg_decompress_struct& info = header.info();

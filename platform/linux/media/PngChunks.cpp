@@ -5,6 +5,7 @@
 
 #include "platform/linux/ByteOrder.h"
 #include "platform/linux/ByteText.h"
+#include "platform/linux/FourCharCode.h"
 
 #include <algorithm>
 #include <array>
@@ -26,20 +27,13 @@ constexpr std::array<std::byte, headSize> endOfStream{
     std::byte{0},   std::byte{0},   std::byte{0},   std::byte{0},
     std::byte{'I'}, std::byte{'D'}, std::byte{'A'}, std::byte{'T'}};
 
-constexpr std::uint32_t typeOf(std::string_view name) {
-    std::uint32_t type = 0;
-    for (const char letter : name) {
-        type = type << 8U | static_cast<std::uint32_t>(letter);
-    }
-    return type;
-}
-
-constexpr std::uint32_t headerType = typeOf("IHDR");
-constexpr std::uint32_t dataType = typeOf("IDAT");
-constexpr std::uint32_t endType = typeOf("IEND");
-constexpr std::array plainTypes{headerType,     typeOf("PLTE"), typeOf("tRNS"), typeOf("iCCP"),
-                                typeOf("sRGB"), typeOf("pHYs"), typeOf("eXIf"), typeOf("acTL")};
-constexpr std::array textTypes{typeOf("tEXt"), typeOf("zTXt"), typeOf("iTXt")};
+constexpr std::uint32_t headerType = fourCharCode("IHDR");
+constexpr std::uint32_t dataType = fourCharCode("IDAT");
+constexpr std::uint32_t endType = fourCharCode("IEND");
+constexpr std::array plainTypes{headerType,           fourCharCode("PLTE"), fourCharCode("tRNS"),
+                                fourCharCode("iCCP"), fourCharCode("sRGB"), fourCharCode("pHYs"),
+                                fourCharCode("eXIf"), fourCharCode("acTL")};
+constexpr std::array textTypes{fourCharCode("tEXt"), fourCharCode("zTXt"), fourCharCode("iTXt")};
 // The keywords of texts that are looked at, each with the NUL behind it.
 constexpr std::array keywords{"Software\0"sv,
                               "Copyright\0"sv,
@@ -50,7 +44,7 @@ constexpr std::array keywords{"Software\0"sv,
 constexpr std::size_t longestKeyword = 32;
 
 // A number for a keyword that is looked at, so that it can be told from types; 0 for others.
-std::uint32_t keywordOf(const ImageFile& file, std::uint64_t offset) {
+std::uint32_t keywordOf(const OpenedFile& file, std::uint64_t offset) {
     std::array<std::byte, longestKeyword> buffer{};
     const DataView start = DataView(buffer).first(file.readSome(offset, buffer));
     const auto* const found = std::ranges::find_if(
@@ -60,7 +54,7 @@ std::uint32_t keywordOf(const ImageFile& file, std::uint64_t offset) {
 
 } // namespace
 
-PngChunks::PngChunks(const ImageFile& file)
+PngChunks::PngChunks(const OpenedFile& file)
     : m_file(file)
     , m_stretches{{0, signatureSize}} {
     find();

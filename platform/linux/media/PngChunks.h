@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "platform/linux/media/ImageFile.h"
+#include "platform/linux/OpenedFile.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -18,7 +18,7 @@ class PngChunks {
 public:
     /// Looks for the chunks; `file` must outlive this. Gives up where the file ends, where its
     /// chunks make no sense, and after a thousand of them.
-    explicit PngChunks(const ImageFile& file);
+    explicit PngChunks(const OpenedFile& file);
 
     /// Fills `buffer` with the next bytes of the stream; false at its end.
     [[nodiscard]] bool read(std::span<std::byte> buffer);
@@ -35,7 +35,7 @@ private:
                                           std::uint64_t whole) const;
     [[nodiscard]] std::size_t readPiece(std::span<std::byte> buffer);
 
-    const ImageFile& m_file;
+    const OpenedFile& m_file;
     std::vector<Stretch> m_stretches;
     std::vector<std::uint32_t> m_seen; // what counts only the first time
     std::size_t m_stretch = 0;

@@ -24,7 +24,7 @@ constexpr png_alloc_size_t longestChunk = 4U << 20U;
 // error and the target no object with a destructor may live.
 class Reader {
 public:
-    explicit Reader(const ImageFile& file)
+    explicit Reader(const OpenedFile& file)
         : m_chunks(file)
         , m_png(::png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, escape, ignore))
         , m_info(m_png == nullptr ? nullptr : ::png_create_info_struct(m_png)) {}
@@ -162,7 +162,7 @@ void addTexts(const Reader& reader, ImageProperties& properties) {
 
 } // namespace
 
-std::optional<ImageProperties> readPng(const ImageFile& file, bool wantsImageCount) {
+std::optional<ImageProperties> readPng(const OpenedFile& file, bool wantsImageCount) {
     Reader reader(file);
     reader.read();
     if (!reader.hasHeader()) {

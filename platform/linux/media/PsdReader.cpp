@@ -35,7 +35,7 @@ constexpr std::array modes{
 
 // The section behind that of the palette; empty where the file ends before it, or is larger than
 // anybody makes it.
-Data resourcesOf(const ImageFile& file) {
+Data resourcesOf(const OpenedFile& file) {
     const auto lengthAt = [&file](std::uint64_t offset) -> std::optional<std::uint64_t> {
         std::array<std::byte, lengthSize> field{};
         return file.read(offset, field) ? std::optional(bigEndian<std::uint32_t>(field, 0))
@@ -93,7 +93,7 @@ void addMode(std::uint16_t number, std::uint16_t channels, ImageProperties& prop
 
 } // namespace
 
-std::optional<ImageProperties> readPsd(const ImageFile& file, bool wantsImageCount) {
+std::optional<ImageProperties> readPsd(const OpenedFile& file, bool wantsImageCount) {
     std::array<std::byte, headerSize> header{};
     if (!file.read(0, header)) {
         return std::nullopt;

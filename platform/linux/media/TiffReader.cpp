@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // TIFF (Revision 6.0) and BigTIFF, with libtiff; and the raw photographs that have its form.
 #include "platform/linux/ByteText.h"
+#include "platform/linux/media/BufferedFile.h"
 #include "platform/linux/media/ColorProfile.h"
 #include "platform/linux/media/ImageFormats.h"
 #include "platform/linux/media/ImageText.h"
+#include "platform/linux/media/MappedFile.h"
 #include "platform/linux/media/PhotoBlocks.h"
 #include "platform/linux/media/RawPhoto.h"
 
@@ -180,7 +182,7 @@ std::optional<ImageProperties> propertiesOf(const Tiff& tiff) {
 
 } // namespace
 
-std::optional<ImageProperties> readTiff(const ImageFile& file, bool wantsImageCount) {
+std::optional<ImageProperties> readTiff(const OpenedFile& file, bool wantsImageCount) {
     constexpr std::size_t cr2Mark = 8;
     const MappedFile mapped(file, longestStructure);
     const auto tags = PhotoTags::decode(mapped.bytes());

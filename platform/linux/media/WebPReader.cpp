@@ -2,6 +2,7 @@
 // WebP (RFC 9649), with libwebpdemux.
 #include "platform/linux/media/ColorProfile.h"
 #include "platform/linux/media/ImageFormats.h"
+#include "platform/linux/media/MappedFile.h"
 #include "platform/linux/media/PhotoBlocks.h"
 
 #include <limits>
@@ -46,7 +47,7 @@ Data chunk(const Demuxer& demuxer, const char* name, std::size_t maximum) {
 
 } // namespace
 
-std::optional<ImageProperties> readWebP(const ImageFile& file, bool wantsImageCount) {
+std::optional<ImageProperties> readWebP(const OpenedFile& file, bool wantsImageCount) {
     const MappedFile mapped(file, longestFile);
     const Demuxer demuxer = open(mapped.bytes());
     if (demuxer == nullptr) {

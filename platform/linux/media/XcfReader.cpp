@@ -70,7 +70,7 @@ std::optional<int> versionOf(DataView header) {
 // Goes from number to number.
 class Cursor {
 public:
-    Cursor(const ImageFile& file, std::uint64_t offset)
+    Cursor(const OpenedFile& file, std::uint64_t offset)
         : m_file(file)
         , m_offset(offset) {}
 
@@ -86,7 +86,7 @@ public:
     void skip(std::uint64_t count) { m_offset += count; }
 
 private:
-    const ImageFile& m_file;
+    const OpenedFile& m_file;
     std::uint64_t m_offset;
 };
 
@@ -127,7 +127,7 @@ bool passProperties(Cursor& cursor, ImageProperties& properties) {
 
 // Whether a layer, of the list that the cursor stands at, has transparency: their kinds are odd
 // then. nullopt when the list cannot be read.
-std::optional<bool> hasTransparentLayer(const ImageFile& file, Cursor cursor, int version) {
+std::optional<bool> hasTransparentLayer(const OpenedFile& file, Cursor cursor, int version) {
     for (int i = 0; i < mostLayers; ++i) {
         std::uint64_t place = 0;
         std::uint32_t shortPlace = 0;
@@ -158,7 +158,7 @@ std::optional<bool> hasTransparentLayer(const ImageFile& file, Cursor cursor, in
 
 } // namespace
 
-std::optional<ImageProperties> readXcf(const ImageFile& file, bool wantsImageCount) {
+std::optional<ImageProperties> readXcf(const OpenedFile& file, bool wantsImageCount) {
     std::array<std::byte, headerSize> header{};
     if (!file.read(0, header)) {
         return std::nullopt;

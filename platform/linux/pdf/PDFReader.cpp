@@ -3,11 +3,13 @@
 
 #include "platform/linux/PositionedRead.h"
 #include "platform/linux/pdf/DocumentStream.h"
+#include "platform/linux/pdf/Excerpt.h"
 #include "platform/linux/pdf/PDFVersion.h"
 #include "platform/linux/pdf/PageText.h"
 #include "platform/linux/pdf/PageTree.h"
 #include "platform/linux/pdf/TextString.h"
 
+#include <algorithm>
 #include <array>
 #include <exception>
 #include <new>
@@ -46,30 +48,40 @@ std::optional<std::string> textIn(const Object& information, const char* key) {
 }
 
 // A page that there is no memory for costs no more than what is known of its text.
-std::optional<bool> textOnFirstPage(PDFDoc& document, const PageTree& pages) {
+std::optional<bool> textOn(PDFDoc& document, std::optional<PageParts>& page) {
     try {
-        auto page = pages.firstPage();
         return page ? hasText(document, *page) : std::nullopt;
     } catch (const std::bad_alloc&) {
         return std::nullopt;
     }
 }
 
-void addContents(PDFDoc& document, bool wantsText, PDFDocumentProperties& properties) {
+void addInformation(PDFDoc& document, PDFDocumentProperties& properties) {
     // The trailer's own look-ups fail when the table of objects had to be made anew.
     const Object information = document.getDocInfoNF().fetch(document.getXRef());
     properties.title = textIn(information, "Title");
     properties.author = textIn(information, "Author");
     properties.creator = textIn(information, "Creator");
-    const PageTree pages(document);
-    properties.pageCount = pages.numberOfPages();
-    if (wantsText && properties.pageCount > 0) {
-        properties.hasText = textOnFirstPage(document, pages);
-    }
 }
 
-std::optional<PDFDocumentProperties> propertiesOf(PDFDoc& document, const Version& header,
-                                                  bool wantsText) {
+// False for an excerpt in which the pages cannot be told.
+bool addPages(PDFDoc& document, const Excerpt* excerpt, bool wantsText,
+              PDFDocumentProperties& properties) {
+    const PageTree pages(document, excerpt);
+    const auto count = pages.numberOfPages();
+    properties.pageCount = count.value_or(0);
+    if (wantsText && properties.pageCount > 0) {
+        auto page = pages.firstPage();
+        if (!page && excerpt != nullptr) {
+            return false;
+        }
+        properties.hasText = textOn(document, page);
+    }
+    return count.has_value();
+}
+
+std::optional<PDFDocumentProperties> propertiesOf(PDFDoc& document, const Excerpt* excerpt,
+                                                  const Version& header, bool wantsText) {
     const bool isLocked = !document.isOk() && document.getErrorCode() == errEncrypted;
     if (!document.isOk() && !isLocked) {
         return std::nullopt;
@@ -77,10 +89,65 @@ std::optional<PDFDocumentProperties> propertiesOf(PDFDoc& document, const Versio
     PDFDocumentProperties properties;
     properties.version = laterOf(header, catalogVersionOf(document));
     properties.isEncrypted = isLocked || document.isEncrypted();
-    if (!isLocked) {
-        addContents(document, wantsText, properties);
+    if (isLocked) {
+        return properties;
     }
-    return properties;
+    addInformation(document, properties);
+    return addPages(document, excerpt, wantsText, properties) ? std::optional(properties)
+                                                              : std::nullopt;
+}
+
+/// A regular file that begins like a PDF.
+struct DocumentFile {
+    int descriptor;
+    Goffset size;
+    Version header;
+};
+
+std::optional<DocumentFile> documentFile(int descriptor) {
+    const auto size = sizeOf(descriptor);
+    const auto header = size ? headerVersionOf(descriptor) : std::nullopt;
+    return header ? std::optional(DocumentFile{descriptor, *size, *header}) : std::nullopt;
+}
+
+std::optional<PDFDocumentProperties> readWhole(const DocumentFile& file, bool wantsText) {
+    PDFDoc document(new DocumentStream(file.descriptor, file.size));
+    return propertiesOf(document, nullptr, file.header, wantsText);
+}
+
+// Whether everything that was looked up in the excerpt is in it.
+bool isComplete(PDFDoc& document, const Excerpt& excerpt) {
+    const auto room = static_cast<std::uint64_t>(std::max(document.getXRef()->getNumObjects(), 0));
+    return room <= excerpt.endOfNumbers;
+}
+
+std::optional<PDFDocumentProperties> readExcerpt(const DocumentFile& file, bool wantsText,
+                                                 std::uint64_t fewestObjects) {
+    const auto excerpt =
+        excerptOf(file.descriptor, static_cast<std::uint64_t>(file.size), wantsText, fewestObjects);
+    if (!excerpt) {
+        return std::nullopt;
+    }
+    // A table made anew takes the objects of the excerpt for those of the document.
+    bool isRepaired = false;
+    PDFDoc document(new DocumentStream(file.descriptor, file.size, excerpt->update), {}, {},
+                    nullptr, [&isRepaired] { isRepaired = true; });
+    auto properties = propertiesOf(document, &*excerpt, file.header, wantsText);
+    return properties && !isRepaired && isComplete(document, *excerpt) ? properties : std::nullopt;
+}
+
+// Answers nothing where `read` throws, which it does for want of memory.
+template <class Read>
+std::optional<PDFDocumentProperties> readWith(const Read& read, int descriptor) {
+    const auto file = documentFile(descriptor);
+    if (!file) {
+        return std::nullopt;
+    }
+    try {
+        return read(*file);
+    } catch (const std::exception&) {
+        return std::nullopt;
+    }
 }
 
 } // namespace
@@ -92,17 +159,20 @@ void preparePDFReader() {
 }
 
 std::optional<PDFDocumentProperties> readPDF(int descriptor, bool wantsText) {
-    const auto size = sizeOf(descriptor);
-    const auto header = size ? headerVersionOf(descriptor) : std::nullopt;
-    if (!header) {
-        return std::nullopt;
-    }
-    try {
-        PDFDoc document(new DocumentStream(descriptor, *size));
-        return propertiesOf(document, *header, wantsText);
-    } catch (const std::exception&) { // no memory
-        return std::nullopt;
-    }
+    auto properties = readExcerptOfPDF(descriptor, wantsText);
+    return properties ? properties : readWholePDF(descriptor, wantsText);
+}
+
+std::optional<PDFDocumentProperties> readExcerptOfPDF(int descriptor, bool wantsText,
+                                                      std::uint64_t fewestObjects) {
+    return readWith(
+        [&](const DocumentFile& file) { return readExcerpt(file, wantsText, fewestObjects); },
+        descriptor);
+}
+
+std::optional<PDFDocumentProperties> readWholePDF(int descriptor, bool wantsText) {
+    return readWith([&](const DocumentFile& file) { return readWhole(file, wantsText); },
+                    descriptor);
 }
 
 } // namespace platform::pdf

@@ -92,11 +92,9 @@ private:
     std::set<int> m_seen;
 };
 
-// Whether a node with these children may well have that many pages below it: as many as children
-// when those are pages, and more when they are nodes. Only the first child is looked at.
-bool isCredible(std::uint64_t claim, const Object& children) {
-    const auto others = static_cast<std::uint64_t>(children.arrayGetLength()) - 1;
-    const Object first = children.arrayGet(0);
+// Whether a node with the first child and others may well have that many pages below it: as many as
+// children when those are pages, and more when they are nodes. Only the first child is looked at.
+bool isCredible(std::uint64_t claim, const Object& first, std::uint64_t others) {
     if (isPage(first)) {
         return claim == others + 1;
     }
@@ -134,11 +132,12 @@ private:
 
 } // namespace
 
-PageTree::PageTree(PDFDoc& document)
+PageTree::PageTree(PDFDoc& document, const Excerpt* excerpt)
     : m_document(document)
+    , m_excerpt(excerpt)
     , m_root(rootOf(document)) {}
 
-std::uint64_t PageTree::numberOfPages() const {
+std::optional<std::uint64_t> PageTree::numberOfPages() const {
     if (isPage(m_root)) {
         return 1;
     }
@@ -147,9 +146,20 @@ std::uint64_t PageTree::numberOfPages() const {
         return 0;
     }
     const auto claim = claimOf(m_root);
-    const bool isTrusted =
-        claim && *claim <= numberOfObjects(m_document) && isCredible(*claim, children);
-    return isTrusted ? *claim : PageCounter(m_document).countBelow(m_root);
+    if (claim && isTrusted(*claim, children)) {
+        return claim;
+    }
+    return m_excerpt != nullptr ? std::nullopt
+                                : std::optional(PageCounter(m_document).countBelow(m_root));
+}
+
+bool PageTree::isTrusted(std::uint64_t claim, const Object& children) const {
+    const auto shown = static_cast<std::uint64_t>(children.arrayGetLength());
+    const std::uint64_t count =
+        m_excerpt != nullptr ? m_excerpt->numberOfChildren.value_or(shown) : shown;
+    const std::uint64_t objects =
+        m_excerpt != nullptr ? m_excerpt->numberOfObjects : numberOfObjects(m_document);
+    return claim <= objects && isCredible(claim, children.arrayGet(0), count - 1);
 }
 
 std::optional<PageParts> PageTree::firstPage() const {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include "platform/linux/pdf/Excerpt.h"
 #include "platform/linux/pdf/Poppler.h"
 
 #include <cstdint>
@@ -18,16 +19,20 @@ struct PageParts {
 /// list all of them. One thread.
 class PageTree {
 public:
-    explicit PageTree(PDFDoc& document);
+    /// `excerpt` is what the document was made short with, if it was.
+    explicit PageTree(PDFDoc& document, const Excerpt* excerpt = nullptr);
 
     /// How many pages there are. That is what the root says, unless it cannot be true: then they
-    /// are counted.
-    [[nodiscard]] std::uint64_t numberOfPages() const;
-    /// The parts of the first page; nullopt when there is none.
+    /// are counted. nullopt when they had to be and the document is an excerpt.
+    [[nodiscard]] std::optional<std::uint64_t> numberOfPages() const;
+    /// The parts of the first page; nullopt when there is none, or none in an excerpt.
     [[nodiscard]] std::optional<PageParts> firstPage() const;
 
 private:
+    [[nodiscard]] bool isTrusted(std::uint64_t claim, const Object& children) const;
+
     PDFDoc& m_document;
+    const Excerpt* m_excerpt;
     Object m_root;
 };
 

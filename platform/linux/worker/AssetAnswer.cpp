@@ -38,8 +38,7 @@ bool isAllowed(const AudioTrack& track) {
     return !track.streamDescription || isQuantity(track.streamDescription->sampleRate);
 }
 bool isAllowed(const Item& item) {
-    return !item.stringValue ||
-           (item.stringValue->find('\0') == std::string::npos && isUTF8(*item.stringValue));
+    return !item.stringValue || isUTF8WithoutNul(*item.stringValue);
 }
 
 Json::Array list(std::initializer_list<Json> elements) {

@@ -85,7 +85,7 @@ constexpr std::array<Field<ImageProperties>, 13> fields<ImageProperties>{{
 
 // What may pass. Sizes and counts of the formats have 32 bits at most.
 bool isAllowed(const std::string& text) {
-    return text.find('\0') == std::string::npos && isUTF8(text);
+    return isUTF8WithoutNul(text);
 }
 bool isAllowed(double number) {
     return std::isfinite(number);

@@ -23,7 +23,7 @@ constexpr std::int64_t largest = std::numeric_limits<std::int32_t>::max();
 
 // What may pass.
 bool isAllowed(const std::string& text) {
-    return text.find('\0') == std::string::npos && isUTF8(text);
+    return isUTF8WithoutNul(text);
 }
 bool isAllowed(std::int64_t number) {
     return number >= 0 && number <= largest;

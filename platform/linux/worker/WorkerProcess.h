@@ -68,7 +68,7 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-    /// Until when something has to happen; the processor time counts from `used` on.
+    /// Until when something has to happen; the processor time by the clock of the process.
     struct Deadline {
         Clock::time_point wall;
         std::chrono::nanoseconds processor;
