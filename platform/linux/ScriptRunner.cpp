@@ -46,7 +46,7 @@ BusCall callFor(const std::string& application, const std::string& source) {
     if (!isUTF8(source)) {
         const auto bytes = std::as_bytes(std::span(source));
         call.text = replacingInvalidUTF8(source);
-        options.push_back({"source-bytes", std::vector(bytes.begin(), bytes.end())});
+        options.emplace_back("source-bytes", std::vector(bytes.begin(), bytes.end()));
     }
     call.options = std::move(options);
     return call;

@@ -79,10 +79,10 @@ std::optional<std::string> Udisks::addLoop(const std::string& file, std::uint64_
         return std::nullopt;
     }
     auto options = withoutQuestions();
-    options.push_back({"offset", offset});
-    options.push_back({"size", length});
-    options.push_back({"read-only", isReadOnly});
-    options.push_back({"no-part-scan", true});
+    options.emplace_back("offset", offset);
+    options.emplace_back("size", length);
+    options.emplace_back("read-only", isReadOnly);
+    options.emplace_back("no-part-scan", true);
     const BusReply reply = call(std::string(managerPath), managerInterface, "LoopSetup",
                                 opened.number(), std::move(options));
     auto device = reply.isPath && reply.text ? loopDeviceOf(*reply.text) : std::nullopt;

@@ -26,8 +26,8 @@ private:
     [[nodiscard]] Goffset currentPos() const override { return m_position; }
     void setCurrentPos(Goffset offset) override { m_position = offset; }
     Goffset read(char* buffer, Goffset size) override;
-    std::size_t readFile(std::span<char> buffer) const;
-    std::size_t readMore(std::span<char> buffer) const;
+    [[nodiscard]] std::size_t readFile(std::span<char> buffer) const;
+    [[nodiscard]] std::size_t readMore(std::span<char> buffer) const;
 
     int m_descriptor;
     Goffset m_fileSize;
