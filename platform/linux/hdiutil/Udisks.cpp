@@ -6,6 +6,7 @@
 #include "platform/linux/hdiutil/UdisksPaths.h"
 
 #include <cerrno>
+#include <initializer_list>
 #include <string_view>
 #include <thread>
 #include <variant>
@@ -79,10 +80,12 @@ std::optional<std::string> Udisks::addLoop(const std::string& file, std::uint64_
         return std::nullopt;
     }
     auto options = withoutQuestions();
-    options.emplace_back("offset", offset);
-    options.emplace_back("size", length);
-    options.emplace_back("read-only", isReadOnly);
-    options.emplace_back("no-part-scan", true);
+    for (const BusOption& option : std::initializer_list<BusOption>{{"offset", offset},
+                                                                    {"size", length},
+                                                                    {"read-only", isReadOnly},
+                                                                    {"no-part-scan", true}}) {
+        options.push_back(option);
+    }
     const BusReply reply = call(std::string(managerPath), managerInterface, "LoopSetup",
                                 opened.number(), std::move(options));
     auto device = reply.isPath && reply.text ? loopDeviceOf(*reply.text) : std::nullopt;
