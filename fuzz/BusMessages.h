@@ -7,7 +7,7 @@
 
 namespace fuzzing {
 
-/// A message as it comes from a bus (D-Bus specification, "Message Protocol").
+/// A message as it comes from a bus (D-Bus, "Message Protocol").
 struct BusMessage {
     enum class Type { call = 1, reply, error, signal };
 

@@ -17,7 +17,7 @@ using Result = std::variant<BusReply, MessageBus::TimedOut, MessageBus::Unreacha
 
 constexpr std::chrono::seconds timeout{25};
 
-// Error names of the D-Bus specification. From the bus: nobody has the name.
+// Error names that D-Bus defines. From the bus: nobody has the name.
 constexpr std::array<std::string_view, 2> absences{
     "org.freedesktop.DBus.Error.ServiceUnknown",
     "org.freedesktop.DBus.Error.NameHasNoOwner",

@@ -143,14 +143,6 @@ two_volumes() {
     nothing_left
 }
 
-# two_volumes IMAGE: partitions "A" and "B".
-two_volumes() {
-    truncate -s 64M "$1"
-    printf 'label: gpt\nstart=2048, size=20480\nsize=20480\n' | sfdisk -q "$1"
-    mkfs.ext4 -q -L A -E offset=$((2048 * 512)) "$1" 10M
-    mkfs.ext4 -q -L B -E offset=$(((2048 + 20480) * 512)) "$1" 10M
-}
-
 @test "a busy volume is refused and stays whole" {
     needs_loop_devices
     two_volumes disk.img
@@ -309,74 +301,6 @@ two_volumes() {
     capture env PATH=/nowhere "${mantle[@]}" "$HDIUTIL" attach fs.img -plist -noverify
     fails_because attach "no mountable file systems"
     nothing_left
-}
-
-@test "what can only be copied is copied" {
-    command -v 7z >/dev/null || skip "no 7z here"
-    make_tree
-    truncate -s 16M fat.img
-    mkfs.vfat -n FATDISK fat.img >/dev/null
-    mcopy -si fat.img tree ::/ || skip "no mtools here"
-    attach fat.img
-    succeeds
-    diff -r tree "$(mount_point)/tree"
-    detaches "$(mount_point)"
-    nothing_left
-}
-
-# vfat_image NAME CONTENTS: with one file of that name in it.
-vfat_image() {
-    truncate -s 4M made.img
-    mkfs.vfat made.img >/dev/null
-    echo x >"$2"
-    mcopy -i made.img "$2" :: || skip "no mtools here"
-    mv made.img "$1"
-}
-
-# attach_by_copy IMAGE PATH: without the system's own drivers and the rights of root.
-attach_by_copy() {
-    local -a mantle=()
-    if is_root; then
-        mantle=("$(command -v setpriv)" --bounding-set=-sys_admin,-dac_override)
-    fi
-    capture env PATH="$2" "${mantle[@]}" "$HDIUTIL" attach "$1" -plist -noverify
-}
-
-@test "a copy is that of the image alone, whatever its name" {
-    command -v 7z >/dev/null || skip "no 7z here"
-    vfat_image 'a?.img' one
-    vfat_image ab.img other
-    attach_by_copy 'a?.img' "$PATH"
-    succeeds
-    [ "$(ls "$(mount_point)")" = one ]
-    detaches "$(mount_point)"
-    nothing_left
-}
-
-@test "a copy that was not finished is removed" {
-    vfat_image fat.img one
-    mkdir bin
-    local end
-    for end in 'exit 2' 'kill -KILL $PPID'; do
-        cat >bin/7z <<END
-#!/bin/sh
-PATH=$PATH
-for word; do
-    case \$word in -o*) cd "\${word#-o}" ;; esac
-done
-mkdir folder
-: >folder/file
-chmod 500 folder
-touch "$box/was here"
-$end
-END
-        chmod +x bin/7z
-        attach_by_copy fat.img "$box/bin"
-        rm "was here"
-        attach_by_copy fat.img /nowhere
-        fails_because attach "no mountable file systems"
-        nothing_left
-    done
 }
 
 @test "the service mounts, announces and unmounts a real image" {
