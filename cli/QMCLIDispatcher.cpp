@@ -39,7 +39,8 @@ QMCLIDispatcher::QMCLIDispatcher()
                  entry<QMCLITagsCommand>(), entry<QMCLIOpenCommand>()} {}
 
 std::int32_t QMCLIDispatcher::runWithArgc(std::int32_t argc, const char* const* argv) {
-    const QMCLIStrings words(argv + std::min(argc, 1), argv + argc);
+    const std::int32_t count = std::max(argc, 0);
+    const QMCLIStrings words(argv + std::min(count, 1), argv + count);
     QMCLIGlobalArguments global = qm_readGlobalArguments(words);
     if (global.disablesColor) {
         qm_set_color_enabled(false);

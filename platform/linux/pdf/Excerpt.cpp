@@ -12,7 +12,6 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::uint64_t mostObjects = 8U << 20U;
 // What an offset in a table can be.
 constexpr std::uint64_t largestFile = 9'000'000'000;
 // A page with more is better left to the document's own table.
@@ -226,8 +225,8 @@ private:
 std::optional<Excerpt> excerptOf(int descriptor, std::uint64_t size, bool wantsText,
                                  std::uint64_t fewestObjects) {
     FileBytes file(descriptor, size);
-    FileBytes tableBytes(descriptor,
-                         size); // so that what was read for one is not lost by the other
+    // Its own, so that what was read of objects is not lost by looking into the table.
+    FileBytes tableBytes(descriptor, size);
     if (size > largestFile || !file.at(0, 5).starts_with("%PDF-"sv)) {
         return std::nullopt;
     }

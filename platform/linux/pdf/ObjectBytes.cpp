@@ -22,10 +22,9 @@ bool takeStreamStart(FileBytes& file, std::uint64_t& offset) {
 } // namespace
 
 std::optional<Reference> takeObjectHeader(FileBytes& file, std::uint64_t& offset) {
-    constexpr std::uint64_t largest = 0x7FFFFFFF;
     const auto number = integerOf(file.takeValue(offset).value_or(""sv));
     const auto generation = number ? integerOf(file.takeValue(offset).value_or(""sv)) : number;
-    if (!generation || *number > largest || *generation > largest ||
+    if (!generation || *number > largestNumber || *generation > largestNumber ||
         file.takeValue(offset) != "obj"sv) {
         return std::nullopt;
     }

@@ -30,8 +30,7 @@ ObjectValues::plainValueOf(std::uint32_t number, std::uint64_t& offset, std::uin
 
 std::optional<std::string_view> ObjectValues::packedValueOf(std::uint32_t number,
                                                             const Place& place) {
-    constexpr std::uint64_t largest = 0x7FFFFFFF;
-    const auto* const objects = place.offset <= largest
+    const auto* const objects = place.offset <= largestNumber
                                     ? packedObjectsIn(static_cast<std::uint32_t>(place.offset))
                                     : nullptr;
     if (objects == nullptr || place.number >= objects->entries.size() ||

@@ -14,7 +14,6 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr std::size_t lineSize = 20; // of an entry in the old form
-constexpr std::uint64_t mostObjects = 8U << 20U;
 constexpr std::size_t largestEntries = std::size_t{64} << 20U;
 
 // Whether a parameter is left out, or says what it would mean then.

@@ -8,6 +8,9 @@
 
 namespace platform::pdf {
 
+/// More objects than are dealt with here.
+inline constexpr std::uint64_t mostObjects = 8U << 20U;
+
 /// Where an object is.
 struct Place {
     enum class Kind : std::uint8_t {

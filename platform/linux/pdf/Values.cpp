@@ -183,13 +183,12 @@ std::optional<std::uint64_t> integerOf(std::string_view value) {
 }
 
 std::optional<Reference> referenceOf(std::string_view value) {
-    constexpr std::uint64_t largest = 0x7FFFFFFF;
     if (!value.ends_with('R')) {
         return std::nullopt;
     }
     const auto number = integerOf(takeToken(value).value_or(""sv));
     const auto generation = integerOf(takeToken(value).value_or(""sv));
-    if (!number || !generation || *number > largest || *generation > largest) {
+    if (!number || !generation || *number > largestNumber || *generation > largestNumber) {
         return std::nullopt;
     }
     return Reference{static_cast<std::uint32_t>(*number), static_cast<std::uint32_t>(*generation)};

@@ -12,6 +12,9 @@
 /// thread.
 namespace platform::pdf {
 
+/// The largest number of an object, and of a generation, that poppler can hold.
+inline constexpr std::uint64_t largestNumber = 0x7FFFFFFF;
+
 struct Reference {
     std::uint32_t number = 0;
     std::uint32_t generation = 0;
