@@ -101,12 +101,27 @@ void checkStretch(const SparseBundle& bundle, const Bands& bands, std::uint64_t 
             expected(bands, bandSize, offset, length));
 }
 
+// Where no data is said to be, there are zeros.
+void checkHoles(const SparseBundle& bundle, const Bands& bands, std::uint64_t bandSize) {
+    constexpr int enough = 64;
+    std::uint64_t offset = 0;
+    for (int i = 0; i < enough && offset < bundle.size(); ++i) {
+        const std::uint64_t next = bundle.nextData(offset);
+        require(offset <= next && next <= bundle.size());
+        const std::uint64_t hole = std::min(next - offset, maximumStretch);
+        require(expected(bands, bandSize, offset, hole) == std::string(hole, '\0'));
+        require(expected(bands, bandSize, next - hole, hole) == std::string(hole, '\0'));
+        offset = next + std::min(bandSize, bundle.size() - next);
+    }
+}
+
 void checkDisk(const SparseBundle& bundle, const Bands& bands, std::uint64_t bandSize) {
     const std::uint64_t size = bundle.size();
     const std::uint64_t length = std::min(size, maximumStretch);
     checkStretch(bundle, bands, bandSize, 0, length);
     checkStretch(bundle, bands, bandSize, size - length, length);
     checkStretch(bundle, bands, bandSize, length / 2, length - length / 2);
+    checkHoles(bundle, bands, bandSize);
     std::byte byte{};
     require(bundle.read(size, {}));
     require(!bundle.read(size, {&byte, 1}) && !bundle.read(UINT64_MAX, {&byte, 1}));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Reads bytes as a sparse image: the first 256 are the beginning of its header, the others what
-// follows that. What is read in one piece and in several has to agree.
+// follows that. What is read in one piece, in several and without its holes has to agree.
 #include "fuzz/Fuzzing.h"
 #include "platform/linux/hdiutil/SparseImage.h"
 #include "tests/unit/support/MemorySource.h"
@@ -38,6 +38,25 @@ std::vector<std::byte> readInSteps(const ByteSource& disk, std::size_t step) {
     return bytes;
 }
 
+// The same, without reading what is said to be no data.
+std::vector<std::byte> readData(const ByteSource& disk) {
+    constexpr std::size_t step = 512;
+    std::vector<std::byte> bytes(disk.size());
+    std::uint64_t offset = disk.nextData(0);
+    while (offset < bytes.size()) {
+        const auto piece =
+            std::span(bytes).subspan(offset, std::min<std::size_t>(step, bytes.size() - offset));
+        if (!disk.read(offset, piece)) {
+            return {};
+        }
+        const std::uint64_t next = disk.nextData(offset + piece.size());
+        require(next >= offset + piece.size());
+        offset = next;
+    }
+    require(offset == disk.size());
+    return bytes;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -48,6 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (image != nullptr && (*image)->size() <= maximumSize) {
         const auto whole = readInSteps(**image, maximumSize);
         require(whole == readInSteps(**image, 3001));
+        require(whole == readData(**image));
     }
     return 0;
 }

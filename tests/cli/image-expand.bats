@@ -40,6 +40,30 @@ load images
     mounts_as x.sparsebundle tree
 }
 
+@test "of a sparse bundle only what was ever written is expanded, however large its disk" {
+    needs_loop_devices
+    make_tree
+    truncate -s 8M fs.img
+    mkfs.ext4 -q -L Grown -d tree fs.img
+    make_bundle fs.img x.sparsebundle
+    # A byte in the last of eight million bands, and in between nothing.
+    python3 - x.sparsebundle/Info.plist <<'END'
+import plistlib, sys
+path = sys.argv[1]
+description = plistlib.load(open(path, "rb"))
+plistlib.dump(description | {"size": 8 << 40}, open(path, "wb"))
+END
+    printf x >x.sparsebundle/bands/7fffff
+    attach x.sparsebundle
+    succeeds
+    local disk
+    disk=$(echo "$XDG_CACHE_HOME"/quillmere/disks/*.disk)
+    [ "$(stat -c %s "$disk")" -eq $((8 << 40)) ]
+    [ "$(tail -c 1048576 "$disk" | head -c 1)" = x ]
+    detaches "$(mount_point)"
+    mounts_as x.sparsebundle tree
+}
+
 @test "damaged UDIF images are refused and leave nothing behind" {
     make_tree
     truncate -s 8M fs.img

@@ -5,6 +5,7 @@
 #include "tests/unit/support/SparseImageWriter.h"
 #include "tests/unit/support/TemporaryFolder.h"
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -55,6 +56,30 @@ TEST(SparseImage, HoldsItsBandsInTheOrderOfTheirWriting) {
     EXPECT_EQ(piece,
               (std::vector<std::byte>{std::byte{0}, std::byte{0}, std::byte{'b'}, std::byte{'b'}}));
     EXPECT_FALSE(image->read(7 * sectorSize - 2, piece));
+}
+
+TEST(SparseImage, TellsWhereItHasBands) {
+    const TemporaryFolder folder;
+    const std::string band(2 * sectorSize, 'a');
+    const auto image = imageOf(folder, sparseImageHeader(2, 9, {4, 2}) + band + band);
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->nextData(0), 2 * sectorSize);
+    EXPECT_EQ(image->nextData(2 * sectorSize + 1), 2 * sectorSize + 1);
+    EXPECT_EQ(image->nextData(4 * sectorSize), 6 * sectorSize);
+    EXPECT_EQ(image->nextData(8 * sectorSize), 9 * sectorSize);
+    EXPECT_EQ(image->nextData(10 * sectorSize), 9 * sectorSize);
+}
+
+TEST(SparseImage, CountsWhatIsMissingAtItsEndAsData) {
+    const TemporaryFolder folder;
+    const std::string band(2 * sectorSize, 'a');
+    const auto image = imageOf(folder, sparseImageHeader(2, 4, {1, 2}) + band + "b");
+    ASSERT_TRUE(image);
+    EXPECT_EQ(image->nextData(2 * sectorSize), 2 * sectorSize);
+    const std::uint64_t missing = image->nextData(2 * sectorSize + 1);
+    EXPECT_EQ(missing, 2 * sectorSize + 1);
+    std::vector<std::byte> piece(1);
+    EXPECT_FALSE(image->read(missing, piece));
 }
 
 TEST(SparseImage, GoesOnBehindAFullHeader) {
@@ -132,6 +157,60 @@ TEST_F(Bundle, HasAFileForEachBandThatWasWritten) {
                                   std::string(4096, '\0') + "zz" + std::string(510, '\0'));
     std::vector<std::byte> piece(4);
     EXPECT_FALSE(bundle->read(5629, piece));
+}
+
+TEST_F(Bundle, TellsWhereItHasBands) {
+    static_cast<void>(folder.file("bands/1", std::string(512, 'b')));
+    static_cast<void>(folder.file("bands/2", "short"));
+    static_cast<void>(folder.file("bands/a", "zz"));
+    // No names of bands, and bands beyond the end.
+    for (const char* const name :
+         {"bands/03", "bands/B", "bands/ 4", "bands/5.txt", "bands/c", "bands/ffffffffffffffff"}) {
+        static_cast<void>(folder.file(name, "no"));
+    }
+    const auto bundle = open("512", "6000");
+    ASSERT_TRUE(bundle);
+    EXPECT_EQ(bundle->nextData(0), 512U);
+    EXPECT_EQ(bundle->nextData(1023), 1023U);
+    EXPECT_EQ(bundle->nextData(1028), 1028U);
+    EXPECT_EQ(bundle->nextData(1029), 5120U);
+    EXPECT_EQ(bundle->nextData(5122), 6000U);
+    EXPECT_EQ(bundle->nextData(7000), 6000U);
+    EXPECT_EQ(bundle->storedBytes(), 523U);
+}
+
+TEST_F(Bundle, CountsABandThatCannotBeReadAsData) {
+    static_cast<void>(folder.folder("bands/1"));
+    const auto bundle = open("512", "2048");
+    ASSERT_TRUE(bundle);
+    EXPECT_EQ(bundle->nextData(0), 512U);
+    EXPECT_EQ(bundle->nextData(600), 600U);
+}
+
+TEST_F(Bundle, HasNoDataInTheHolesOfItsBands) {
+    const std::string path = folder.file("bands/0", "a");
+    std::filesystem::resize_file(path, 1U << 20);
+    const auto bundle = open("1048576", "1048576");
+    ASSERT_TRUE(bundle);
+    EXPECT_EQ(bundle->nextData(0), 0U);
+    // A file system without holes has zeros there, which are as good.
+    const std::uint64_t next = bundle->nextData(1U << 16);
+    EXPECT_TRUE(next == 1U << 20 || next == 1U << 16) << next;
+}
+
+TEST_F(Bundle, MayHaveBandsOnDisksOfAnySize) {
+    static_cast<void>(folder.file("bands/7fffff", "a"));
+    const auto bundle = open("1099511627776", "9223372036854775807");
+    ASSERT_TRUE(bundle);
+    EXPECT_EQ(bundle->nextData(0), 0x7fffffULL << 40U);
+    EXPECT_EQ(bundle->nextData((0x7fffffULL << 40U) + 1), bundle->size());
+}
+
+TEST_F(Bundle, IsRefusedWhenItsBandsCannotBeListed) {
+    std::filesystem::remove(folder.path("bands"));
+    EXPECT_TRUE(open("512", "44"));
+    static_cast<void>(folder.file("bands", "a file"));
+    EXPECT_FALSE(open("512", "44"));
 }
 
 TEST_F(Bundle, IsRefusedWhenItIsDamaged) {

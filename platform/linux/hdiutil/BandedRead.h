@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 
 namespace platform::hdiutil {
@@ -25,6 +26,30 @@ template <class ReadBand>
         offset += length;
     }
     return true;
+}
+
+/// What `ByteSource::nextData` answers for a disk of `size` bytes that is kept in bands:
+/// `nextBand(number)` answers the first one that is kept, of this number or a higher one, or
+/// nullopt, and `nextInBand(number, offset)` the same as `nextData` of its bytes, `bandSize` or
+/// more when there are none.
+template <class NextBand, class NextInBand>
+[[nodiscard]] std::uint64_t nextDataInBands(std::uint64_t bandSize, std::uint64_t offset,
+                                            std::uint64_t size, const NextBand& nextBand,
+                                            const NextInBand& nextInBand) {
+    while (offset < size) {
+        const std::optional<std::uint64_t> number = nextBand(offset / bandSize);
+        if (!number || *number > (size - 1) / bandSize) {
+            return size;
+        }
+        const std::uint64_t start = *number * bandSize;
+        const std::uint64_t inside = offset > start ? offset - start : 0;
+        const std::uint64_t next = nextInBand(*number, inside);
+        if (next < bandSize || size - start <= bandSize) {
+            return start + std::min(next, size - start);
+        }
+        offset = start + bandSize;
+    }
+    return size;
 }
 
 } // namespace platform::hdiutil

@@ -49,6 +49,18 @@ bool FileSource::read(std::uint64_t offset, std::span<std::byte> buffer) const {
            readAt(m_file.number(), offset, buffer) == buffer.size();
 }
 
+// A file system that keeps no holes, or does not tell of them, has none.
+std::uint64_t FileSource::nextData(std::uint64_t offset) const {
+    if (offset >= m_size) {
+        return m_size;
+    }
+    const off_t next = ::lseek(m_file.number(), static_cast<off_t>(offset), SEEK_DATA);
+    if (next < 0) {
+        return errno == ENXIO ? m_size : offset;
+    }
+    return std::min(static_cast<std::uint64_t>(next), m_size);
+}
+
 bool FileSource::isUnchanged() const {
     struct stat status {};
     if (::fstat(m_file.number(), &status) != 0) {

@@ -36,6 +36,12 @@ public:
     /// Fills `buffer` with the bytes from `offset` on. False, with `buffer` in any state, when one
     /// of them lies beyond the end or cannot be read.
     [[nodiscard]] virtual bool read(std::uint64_t offset, std::span<std::byte> buffer) const = 0;
+
+    /// Where the next byte is, from `offset` on, that may be anything but zero; `size()` when there
+    /// is none. What lies before it need not be read.
+    [[nodiscard]] virtual std::uint64_t nextData(std::uint64_t offset) const {
+        return offset < size() ? offset : size();
+    }
 };
 
 /// The bytes of a regular file or a block device.
@@ -48,6 +54,7 @@ public:
 
     [[nodiscard]] std::uint64_t size() const override { return m_size; }
     [[nodiscard]] bool read(std::uint64_t offset, std::span<std::byte> buffer) const override;
+    [[nodiscard]] std::uint64_t nextData(std::uint64_t offset) const override;
 
     /// The file as it was when it was opened; nullopt for a device.
     [[nodiscard]] const std::optional<FileIdentity>& state() const { return m_state; }

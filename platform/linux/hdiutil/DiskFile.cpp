@@ -13,7 +13,8 @@
 namespace platform::hdiutil {
 namespace {
 
-// Copies the rest of a disk, leaving out what is zero.
+// Copies the rest of a disk, leaving out what is zero: a disk that grows as it is used may be
+// larger by far than what was ever written to it.
 std::optional<ExpansionFailure> copyDisk(const ByteSource& disk, int descriptor,
                                          const ExpansionStart& start) {
     constexpr std::size_t pieceSize = std::size_t{1} << 20;
@@ -21,7 +22,8 @@ std::optional<ExpansionFailure> copyDisk(const ByteSource& disk, int descriptor,
         return ExpansionFailure::ofSystem(errno);
     }
     std::vector<std::byte> piece(pieceSize);
-    for (std::uint64_t offset = start.written; offset < disk.size(); offset += piece.size()) {
+    for (std::uint64_t offset = disk.nextData(start.written); offset < disk.size();
+         offset = disk.nextData(offset + piece.size())) {
         piece.resize(
             static_cast<std::size_t>(std::min<std::uint64_t>(pieceSize, disk.size() - offset)));
         if (!disk.read(offset, piece)) {
@@ -38,7 +40,7 @@ std::optional<ExpansionFailure> copyDisk(const ByteSource& disk, int descriptor,
 std::optional<ExpansionFailure> writeDisk(const DiskImage& image, PartialDisk& disk) {
     const ExpansionStart start{disk.written(),
                                [&disk](std::uint64_t written) { disk.reached(written); }};
-    return image.udif ? expandUdif(*image.file, *image.udif, disk.descriptor(),
+    return image.udif ? expandUdif(*image.file, image.udif->image(), disk.descriptor(),
                                    std::max(1U, std::thread::hardware_concurrency()), start)
                       : copyDisk(*image.disk, disk.descriptor(), start);
 }

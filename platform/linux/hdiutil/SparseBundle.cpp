@@ -7,8 +7,12 @@
 #include "platform/linux/hdiutil/BandedRead.h"
 #include "platform/linux/hdiutil/Encryption.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
 #include <filesystem>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 namespace platform::hdiutil {
@@ -31,6 +35,31 @@ std::int64_t numberIn(const PropertyList& list, const char* key) {
     return number == nullptr || *number < 0 ? 0 : *number;
 }
 
+// The number of the band that a file of this name holds.
+std::optional<std::uint64_t> bandOfName(const std::string& name) {
+    std::uint64_t number = 0;
+    std::from_chars(name.data(), name.data() + name.size(), number, 16);
+    return format("{:x}", number) == name ? std::optional(number) : std::nullopt;
+}
+
+// Those in the folder, which need not exist; nullopt, with errno set, when it cannot be read.
+std::optional<std::vector<std::uint64_t>> bandsIn(const std::string& folder) {
+    std::vector<std::uint64_t> numbers;
+    std::error_code error;
+    std::filesystem::directory_iterator files(folder, error);
+    for (; !error && files != std::filesystem::directory_iterator(); files.increment(error)) {
+        if (const auto number = bandOfName(files->path().filename())) {
+            numbers.push_back(*number);
+        }
+    }
+    if (error && error != std::errc::no_such_file_or_directory) {
+        errno = error.value();
+        return std::nullopt;
+    }
+    std::ranges::sort(numbers);
+    return numbers;
+}
+
 } // namespace
 
 bool SparseBundle::isSparseBundle(const std::string& path) {
@@ -48,8 +77,17 @@ SparseBundle::open(const std::string& path) {
     if (bandSize < minimumBandSize || bandSize > maximumBandSize || size == 0) {
         return "the description of the sparse bundle is damaged";
     }
-    return std::shared_ptr<const SparseBundle>(new SparseBundle(
-        path, static_cast<std::uint64_t>(size), static_cast<std::uint64_t>(bandSize)));
+    auto bands = bandsIn(path + "/bands");
+    if (!bands) {
+        return std::generic_category().message(errno);
+    }
+    return std::shared_ptr<const SparseBundle>(
+        new SparseBundle(path, static_cast<std::uint64_t>(size),
+                         static_cast<std::uint64_t>(bandSize), *std::move(bands)));
+}
+
+std::string SparseBundle::pathOfBand(std::uint64_t number) const {
+    return format("{}/bands/{:x}", m_path, number);
 }
 
 bool SparseBundle::read(std::uint64_t offset, std::span<std::byte> buffer) const {
@@ -63,7 +101,7 @@ bool SparseBundle::read(std::uint64_t offset, std::span<std::byte> buffer) const
 // A band that is missing, or ends early, is zeros from there on.
 bool SparseBundle::readBand(std::uint64_t number, std::uint64_t offset,
                             std::span<std::byte> buffer) const {
-    const std::string path = format("{}/bands/{:x}", m_path, number);
+    const std::string path = pathOfBand(number);
     const auto band = FileSource::open(path);
     if (!band) {
         std::ranges::fill(buffer, std::byte{0});
@@ -75,6 +113,25 @@ bool SparseBundle::readBand(std::uint64_t number, std::uint64_t offset,
     return band->read(std::min(offset, band->size()), buffer.first(there));
 }
 
+std::uint64_t SparseBundle::nextData(std::uint64_t offset) const {
+    return nextDataInBands(
+        m_bandSize, offset, m_size,
+        [this](std::uint64_t number) {
+            const auto band = std::ranges::lower_bound(m_bands, number);
+            return band == m_bands.end() ? std::nullopt : std::optional(*band);
+        },
+        [this](std::uint64_t number, std::uint64_t inside) {
+            return nextDataInBand(number, inside);
+        });
+}
+
+// One that cannot be opened may be anything; whoever reads it learns that.
+std::uint64_t SparseBundle::nextDataInBand(std::uint64_t number, std::uint64_t offset) const {
+    const auto band = FileSource::open(pathOfBand(number));
+    const std::uint64_t next = band ? band->nextData(offset) : offset;
+    return band && next == band->size() ? m_bandSize : next;
+}
+
 bool SparseBundle::isEncrypted() const {
     const auto token = FileSource::open(m_path + "/token");
     return token && isEncryptedImage(*token);
@@ -82,12 +139,10 @@ bool SparseBundle::isEncrypted() const {
 
 std::uint64_t SparseBundle::storedBytes() const {
     std::uint64_t bytes = 0;
-    std::error_code error;
-    std::filesystem::directory_iterator bands(m_path + "/bands", error);
-    for (; !error && bands != std::filesystem::directory_iterator(); bands.increment(error)) {
-        std::error_code ignored;
-        const std::uintmax_t size = bands->file_size(ignored);
-        bytes += ignored ? 0 : size;
+    for (const std::uint64_t number : m_bands) {
+        std::error_code error;
+        const std::uintmax_t size = std::filesystem::file_size(pathOfBand(number), error);
+        bytes += error ? 0 : size;
     }
     return bytes;
 }

@@ -4,8 +4,10 @@
 #include "platform/linux/ByteOrder.h"
 #include "platform/linux/hdiutil/BandedRead.h"
 
+#include <algorithm>
 #include <array>
 #include <limits>
+#include <optional>
 #include <utility>
 
 namespace platform::hdiutil {
@@ -103,6 +105,20 @@ bool SparseImage::read(std::uint64_t offset, std::span<std::byte> buffer) const 
                            }
                            return m_file->read(found->second + inside, piece);
                        });
+}
+
+// Of a band that is cut off, the end counts as data, so that it is read, and missed.
+std::uint64_t SparseImage::nextData(std::uint64_t offset) const {
+    auto band = m_bands.begin();
+    return nextDataInBands(
+        m_bandSize, offset, m_size,
+        [&](std::uint64_t number) {
+            band = m_bands.lower_bound(number);
+            return band == m_bands.end() ? std::nullopt : std::optional(band->first);
+        },
+        [&](std::uint64_t, std::uint64_t inside) {
+            return std::max(inside, m_file->nextData(band->second + inside) - band->second);
+        });
 }
 
 std::uint64_t SparseImage::storedBytes() const {

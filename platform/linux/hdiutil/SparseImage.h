@@ -4,9 +4,9 @@
 #include "platform/linux/hdiutil/ByteSource.h"
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
-#include <unordered_map>
 #include <variant>
 
 namespace platform::hdiutil {
@@ -24,6 +24,7 @@ public:
 
     [[nodiscard]] std::uint64_t size() const override { return m_size; }
     [[nodiscard]] bool read(std::uint64_t offset, std::span<std::byte> buffer) const override;
+    [[nodiscard]] std::uint64_t nextData(std::uint64_t offset) const override;
 
     /// Bytes of the bands that the file holds.
     [[nodiscard]] std::uint64_t storedBytes() const;
@@ -38,7 +39,7 @@ private:
     std::shared_ptr<const ByteSource> m_file;
     std::uint64_t m_size = 0;
     std::uint64_t m_bandSize = 0;
-    std::unordered_map<std::uint64_t, std::uint64_t> m_bands; ///< band number to file offset
+    std::map<std::uint64_t, std::uint64_t> m_bands; ///< band number to file offset
 };
 
 } // namespace platform::hdiutil
