@@ -126,6 +126,21 @@ two_volumes() {
     nothing_left
 }
 
+@test "a volume is detached by its path as it was told, and by the same without links" {
+    needs_loop_devices
+    make_tree
+    truncate -s 8M fs.img
+    mkfs.ext4 -q -L ALBUM -d tree fs.img
+    mv "$XDG_RUNTIME_DIR" "$BATS_TEST_TMPDIR/elsewhere"
+    ln -s elsewhere "$XDG_RUNTIME_DIR"
+    attach fs.img
+    succeeds
+    detaches "$(mount_point)"
+    attach fs.img
+    succeeds
+    detaches "$(realpath "$(mount_point)")"
+}
+
 @test "several at the same time do not disturb one another" {
     needs_loop_devices
     local number

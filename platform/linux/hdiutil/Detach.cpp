@@ -27,10 +27,17 @@ bool hasDevice(const AttachRecord& record, const std::string& path) {
     });
 }
 
+// The path without links, or in plain form where the system does not tell.
+std::string resolved(const std::string& path) {
+    return FileManager::resolvingSymlinks(path).value_or(PathString::standardizing(path));
+}
+
+// Mount points are noted as they were made, maybe in a folder that is reached by a link.
 bool shows(const AttachRecord& record, const std::string& path) {
     return hasDevice(record, path) ||
-           std::ranges::find(record.volumes, path, &MountedVolume::mountPoint) !=
-               record.volumes.end();
+           std::ranges::any_of(record.volumes, [&path](const MountedVolume& volume) {
+               return !volume.mountPoint.empty() && resolved(volume.mountPoint) == path;
+           });
 }
 
 std::optional<AttachRecord> recordShowing(const AttachRecords& records, const std::string& path) {
@@ -91,11 +98,10 @@ std::optional<Failure> detachVolume(const std::string& path) {
     if (!records) {
         return Failure::ofSystem(errno);
     }
-    const std::string resolved =
-        FileManager::resolvingSymlinks(path).value_or(PathString::standardizing(path));
-    const auto record = recordShowing(*records, resolved);
+    const std::string place = resolved(path);
+    const auto record = recordShowing(*records, place);
     if (!record) {
-        return unmountForeign(resolved);
+        return unmountForeign(place);
     }
     if (std::ranges::any_of(record->volumes, isBusy)) {
         return Failure::ofSystem(EBUSY);
@@ -104,7 +110,7 @@ std::optional<Failure> detachVolume(const std::string& path) {
         return Failure::ofSystem(errno);
     }
     // Ours may have been ejected elsewhere, and another volume of that name mounted in its place.
-    return isMountPoint(resolved) ? unmountForeign(resolved) : std::nullopt;
+    return isMountPoint(place) ? unmountForeign(place) : std::nullopt;
 }
 
 } // namespace platform::hdiutil
