@@ -5,7 +5,6 @@
 #include "platform/linux/hdiutil/OpticalVolume.h"
 #include "platform/linux/hdiutil/SparseBundle.h"
 #include "platform/linux/hdiutil/SparseImage.h"
-#include "platform/linux/hdiutil/UdifSource.h"
 #include "platform/linux/hdiutil/VolumeProbe.h"
 
 #include <algorithm>
@@ -63,8 +62,8 @@ Opened openSparseImage(DiskImage image) {
 
 Opened openUdif(DiskImage image, UdifImage udif) {
     image.kind = Kind::udif;
-    image.udif = std::move(udif);
-    auto disk = std::make_shared<UdifSource>(image.file, *image.udif);
+    image.udif = std::make_shared<UdifSource>(image.file, std::move(udif));
+    auto disk = image.udif;
     return withDisk(std::move(image), std::move(disk));
 }
 
@@ -133,7 +132,7 @@ Opened openDiskImage(const std::string& path) {
 
 FormatNames formatNamesOf(const DiskImage& image) {
     switch (image.kind) {
-    case Kind::udif: return udifNames(*image.udif);
+    case Kind::udif: return udifNames(image.udif->image());
     case Kind::encrypted: return {"UDRO", "UDIF read-only", "CEncryptedEncoding"};
     case Kind::sparseImage: return {"UDSP", "sparse disk image", "CSparseDiskImage"};
     case Kind::sparseBundle: return {"UDSB", "sparse bundle disk image", "CSparseBundleDiskImage"};

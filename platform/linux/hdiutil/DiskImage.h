@@ -4,7 +4,7 @@
 #include "platform/linux/hdiutil/ByteSource.h"
 #include "platform/linux/hdiutil/ImageState.h"
 #include "platform/linux/hdiutil/PartitionMap.h"
-#include "platform/linux/hdiutil/Udif.h"
+#include "platform/linux/hdiutil/UdifSource.h"
 
 #include <cstdint>
 #include <memory>
@@ -21,8 +21,8 @@ struct DiskImage {
 
     std::string path; ///< as it was given
     Kind kind = Kind::raw;
-    /// Of a UDIF image; empty for the others.
-    std::optional<UdifImage> udif;
+    /// The disk of a UDIF image; null for the others.
+    std::shared_ptr<const UdifSource> udif;
     /// The file; null for a sparse bundle, which is a folder.
     std::shared_ptr<const FileSource> file;
     /// Of a moment before the first byte was read; nullopt when that cannot be told.

@@ -51,7 +51,7 @@ Use useOf(const DiskImage& image) {
         use.empty = image.totalBytes() - use.nonEmpty;
         return use;
     }
-    for (const UdifChunk& chunk : image.udif->chunks) {
+    for (const UdifChunk& chunk : image.udif->image().chunks) {
         const bool isEmpty =
             chunk.kind == UdifChunk::Kind::zero || chunk.kind == UdifChunk::Kind::ignore;
         (isEmpty ? use.empty : use.nonEmpty) += chunk.sectorCount * blockSize;
@@ -80,7 +80,7 @@ PropertyList sizeInformation(const DiskImage& image) {
 
 bool hasChecksum(const DiskImage& image) {
     constexpr std::uint32_t crc32 = 2;
-    return image.udif && image.udif->checksumType == crc32;
+    return image.udif && image.udif->image().checksumType == crc32;
 }
 
 PropertyList properties(const DiskImage& image) {
@@ -194,7 +194,7 @@ PropertyList imageInfo(const DiskImage& image) {
         {"Encrypted", flag(image.kind == Kind::encrypted)},
     };
     if (hasChecksum(image)) {
-        info.emplace("Checksum Value", text("$" + image.udif->checksumValue));
+        info.emplace("Checksum Value", text("$" + image.udif->image().checksumValue));
     }
     return info;
 }

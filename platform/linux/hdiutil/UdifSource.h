@@ -19,6 +19,8 @@ public:
     /// `image` is what `readUdif` made of `file`.
     UdifSource(std::shared_ptr<const ByteSource> file, UdifImage image);
 
+    /// What the image holds. It lives as long as this object.
+    [[nodiscard]] const UdifImage& image() const { return m_image; }
     [[nodiscard]] std::uint64_t size() const override {
         return m_image.sectorCount * udifSectorSize;
     }
