@@ -60,9 +60,7 @@ Task::LaunchError launchError(int error) {
 /// number.
 class Task::Process {
 public:
-    Process(pid_t process, Descriptor reference)
-        : m_process(process)
-        , m_reference(std::move(reference)) {}
+    Process() = default;
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
     Process(Process&&) = delete;
@@ -70,13 +68,30 @@ public:
     // Nobody else can clear it away any more, and it may run for long.
     ~Process() {
         try {
-            if (!m_status) {
+            if (m_process > 0 && !m_status) {
                 DispatchQueue::async(DispatchQueue::QualityOfService::defaultClass,
                                      [process = m_process] { waitForProcess(process); });
             }
         } catch (const std::bad_alloc&) {
             // It stays on the system's list until this process ends, no more.
         }
+    }
+
+    // Answers the system's error number, or 0. To be called once.
+    [[nodiscard]] int start(const SpawnRequest& request) {
+        const SpawnResult result = spawn(request);
+        if (result.error != 0) {
+            return result.error;
+        }
+        m_reference = Descriptor(::pidfd_open(result.process, 0));
+        if (m_reference.number() < 0) {
+            const int failure = errno;
+            ::kill(result.process, SIGKILL);
+            waitForProcess(result.process);
+            return failure;
+        }
+        m_process = result.process;
+        return 0;
     }
 
     void terminate() const { ::pidfd_send_signal(m_reference.number(), SIGTERM, nullptr, 0); }
@@ -90,7 +105,7 @@ public:
     }
 
 private:
-    pid_t m_process;
+    pid_t m_process = -1;
     Descriptor m_reference;
     std::mutex m_mutex;
     std::optional<int> m_status;
@@ -108,21 +123,14 @@ std::variant<std::shared_ptr<Task>, Task::LaunchError> Task::launch(const Comman
     request.command.insert(request.command.end(), command.arguments.begin(),
                            command.arguments.end());
     request.streams = {SpawnRequest::nullDevice, output.writing.number(), error.writing.number()};
-    const SpawnResult result = spawn(request);
-    if (result.error != 0) {
-        return launchError(result.error);
-    }
-    Descriptor reference(::pidfd_open(result.process, 0));
-    if (reference.number() < 0) {
-        const int failure = errno;
-        ::kill(result.process, SIGKILL);
-        waitForProcess(result.process);
+    // What needs memory comes before the program runs: a lack of it must not lose the process.
+    std::shared_ptr<Task> task(new Task(std::make_unique<Process>(),
+                                        FileHandle::fromDescriptor(output.reading.release()),
+                                        FileHandle::fromDescriptor(error.reading.release())));
+    if (const int failure = task->m_process->start(request); failure != 0) {
         return launchError(failure);
     }
-    return std::shared_ptr<Task>(
-        new Task(std::make_unique<Process>(result.process, std::move(reference)),
-                 FileHandle::fromDescriptor(output.reading.release()),
-                 FileHandle::fromDescriptor(error.reading.release())));
+    return task;
 }
 
 Task::Task(std::unique_ptr<Process> process, FileHandle standardOutput, FileHandle standardError)
