@@ -6,14 +6,21 @@
 load helpers
 load images
 
-# The disk begins with bytes that belong to no file system and are not zeros, so they are expanded
-# like others; a test that changes them sees whether they are expanded again.
+# make_disk [LABEL]: a file system, fs.img, with the files of tree. The first test that asks for one
+# makes it for all. The disk begins with bytes that belong to no file system and are not zeros, so
+# they are expanded like others; a test that changes them sees whether they are expanded again.
 make_disk() {
-    make_tree
-    head -c 24M /dev/urandom >tree/large
-    truncate -s 36M fs.img
-    mkfs.ext4 -q -L "${1:-Resumed}" -d tree fs.img
-    printf 'the image' | overwrite_start fs.img
+    made=$BATS_FILE_TMPDIR/${1:-Resumed}
+    if [ ! -d "$made" ]; then
+        make_tree
+        head -c 24M /dev/urandom >tree/large
+        truncate -s 36M fs.img
+        mkfs.ext4 -q -L "${1:-Resumed}" -d tree fs.img
+        printf 'the image' | overwrite_start fs.img
+        mkdir "$made"
+        mv tree fs.img "$made"
+    fi
+    cp -r "$made/tree" "$made/fs.img" .
 }
 
 overwrite_start() {
@@ -25,8 +32,10 @@ settle() {
     find "$1" -exec touch -d '1 hour ago' {} +
 }
 
+# udif_image KIND: x.dmg, of the disk that was made last.
 udif_image() {
-    "$MAKE_UDIF" fs.img x.dmg "$1"
+    [ -e "$made/$1.dmg" ] || "$MAKE_UDIF" "$made/fs.img" "$made/$1.dmg" "$1"
+    cp "$made/$1.dmg" x.dmg
     settle x.dmg
 }
 
@@ -313,7 +322,8 @@ resumes() {
     needs_loop_devices
     truncate -s 8M fs.img
     mkfs.ext4 -q -L Forgotten fs.img
-    udif_image zlib
+    "$MAKE_UDIF" fs.img x.dmg zlib
+    settle x.dmg
     cp x.dmg known.dmg
     attach x.dmg
     local forgotten new
