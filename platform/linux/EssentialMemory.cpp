@@ -75,19 +75,19 @@ void* checked(void* memory, std::size_t size) {
 
 } // namespace
 
-// Where shared libraries can see them.
+// Where shared libraries can see them. Parameters have the names of the C standard's.
 extern "C" {
 
 [[gnu::visibility("default")]] void* malloc(std::size_t size) {
     return checked(allocator().malloc(size), size);
 }
 
-[[gnu::visibility("default")]] void* calloc(std::size_t count, std::size_t size) {
-    return checked(allocator().calloc(count, size), count != 0 ? size : 0);
+[[gnu::visibility("default")]] void* calloc(std::size_t nmemb, std::size_t size) {
+    return checked(allocator().calloc(nmemb, size), nmemb != 0 ? size : 0);
 }
 
-[[gnu::visibility("default")]] void* realloc(void* memory, std::size_t size) {
-    return checked(allocator().realloc(memory, size), size);
+[[gnu::visibility("default")]] void* realloc(void* ptr, std::size_t size) {
+    return checked(allocator().realloc(ptr, size), size);
 }
 
 } // extern "C"
