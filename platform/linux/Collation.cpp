@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/Collation.h"
 
+#include "platform/linux/Ascii.h"
 #include "platform/linux/Icu.h"
 #include "platform/linux/Locale.h"
 #include "platform/linux/Utf8.h"
@@ -37,14 +38,6 @@ icu::StringPiece piece(std::string_view text) {
 
 bool isASCII(std::string_view text) {
     return std::ranges::none_of(text, [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
-}
-
-std::string lowercaseASCII(std::string_view text) {
-    std::string result(text);
-    std::ranges::transform(result, result.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
-    return result;
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include "platform/FileManager.h"
 #include "platform/PathString.h"
+#include "platform/linux/Ascii.h"
 
 namespace platform {
 namespace {
@@ -11,13 +12,12 @@ constexpr std::string_view hexDigits = "0123456789ABCDEF";
 
 // pchar and "/" of RFC 3986, section 3.3.
 bool mayStandInPath(char c) {
-    const bool alphanumeric =
-        (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-    return alphanumeric || std::string_view("-._~!$&'()*+,;=:@/").find(c) != std::string_view::npos;
+    return isLetterOrDigit(c) ||
+           std::string_view("-._~!$&'()*+,;=:@/").find(c) != std::string_view::npos;
 }
 
 std::optional<unsigned> hexValue(char c) {
-    if (c >= '0' && c <= '9') {
+    if (isDigit(c)) {
         return static_cast<unsigned>(c - '0');
     }
     if (c >= 'a' && c <= 'f') {
@@ -55,18 +55,11 @@ std::optional<std::string> percentDecoded(std::string_view text) {
     return result;
 }
 
-bool consumePrefixIgnoringCase(std::string_view& text, std::string_view lowerCasePrefix) {
-    if (text.size() < lowerCasePrefix.size()) {
+bool consumePrefixIgnoringCase(std::string_view& text, std::string_view prefix) {
+    if (!equalsIgnoringCase(text.substr(0, prefix.size()), prefix)) {
         return false;
     }
-    for (std::size_t i = 0; i < lowerCasePrefix.size(); ++i) {
-        const char c = text[i];
-        const char lower = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-        if (lower != lowerCasePrefix[i]) {
-            return false;
-        }
-    }
-    text.remove_prefix(lowerCasePrefix.size());
+    text.remove_prefix(prefix.size());
     return true;
 }
 

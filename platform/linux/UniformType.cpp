@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/UniformType.h"
 
+#include "platform/linux/Ascii.h"
+
 #include <algorithm>
 #include <array>
 #include <bitset>
@@ -48,23 +50,12 @@ constexpr std::string_view dynamicExtensionTag = "?0=6:1=";
 constexpr unsigned bitsPerDigit = 5;
 constexpr unsigned bitsPerByte = 8;
 
-constexpr char lowerCased(char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
-                                                : character;
-}
-
 constexpr bool precedesIgnoringCase(std::string_view left, std::string_view right) {
-    return std::lexicographical_compare(left.begin(), left.end(), right.begin(), right.end(),
-                                        [](char first, char second) {
-                                            return static_cast<unsigned char>(lowerCased(first)) <
-                                                   static_cast<unsigned char>(lowerCased(second));
-                                        });
-}
-
-constexpr bool equalsIgnoringCase(std::string_view left, std::string_view right) {
-    return std::equal(
-        left.begin(), left.end(), right.begin(), right.end(),
-        [](char first, char second) { return lowerCased(first) == lowerCased(second); });
+    return std::lexicographical_compare(
+        left.begin(), left.end(), right.begin(), right.end(), [](char first, char second) {
+            return static_cast<unsigned char>(lowercaseASCII(first)) <
+                   static_cast<unsigned char>(lowercaseASCII(second));
+        });
 }
 
 /// Whether `records` are in the strict order that binary search by `textOf` relies on.
@@ -147,7 +138,7 @@ bool descends(std::uint16_t start, std::uint16_t wanted) {
 /// Writes the bits of the text, most significant first, as digits of five bits each.
 std::string dynamicIdentifier(std::string_view extension) {
     std::string text(dynamicExtensionTag);
-    std::transform(extension.begin(), extension.end(), std::back_inserter(text), lowerCased);
+    text.append(lowercaseASCII(extension));
     std::string identifier(dynamicPrefix);
     unsigned bits = 0;
     unsigned bitCount = 0;
@@ -172,7 +163,7 @@ bool isDynamic(std::string_view identifier) {
     }
     identifier.remove_prefix(dynamicPrefix.size());
     return std::all_of(identifier.begin(), identifier.end(), [](char digit) {
-        return dynamicAlphabet.find(lowerCased(digit)) != std::string_view::npos;
+        return dynamicAlphabet.find(lowercaseASCII(digit)) != std::string_view::npos;
     });
 }
 
@@ -183,8 +174,8 @@ bool spellsData(std::string_view identifier) {
     unsigned bits = 0;
     unsigned bitCount = 0;
     for (const char digit : identifier) {
-        bits =
-            (bits << bitsPerDigit) | static_cast<unsigned>(dynamicAlphabet.find(lowerCased(digit)));
+        bits = (bits << bitsPerDigit) |
+               static_cast<unsigned>(dynamicAlphabet.find(lowercaseASCII(digit)));
         bitCount += bitsPerDigit;
         if (bitCount < bitsPerByte) {
             continue;

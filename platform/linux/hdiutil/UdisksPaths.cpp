@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/hdiutil/UdisksPaths.h"
 
+#include "platform/linux/Ascii.h"
+
 #include <algorithm>
 
 namespace platform::hdiutil {
@@ -9,14 +11,6 @@ namespace {
 // The reference of udisks2, "D-Bus API".
 constexpr std::string_view devicesPath = "/org/freedesktop/UDisks2/block_devices/";
 constexpr std::string_view devicesFolder = "/dev/";
-
-bool isDigit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-bool isLetterOrDigit(char c) {
-    return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-}
 
 } // namespace
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Where XMP keeps what Exif and TIFF have fields for: ISO 16684-1, Adobe's "XMP: Additional
 // Properties" ("exif:", "tiff:"), and CIPA DC-010 ("exifEX:").
+#include "platform/linux/Ascii.h"
 #include "platform/linux/media/ImageText.h"
 #include "platform/linux/media/PhotoBlocks.h"
 #include "platform/linux/media/XmpPacket.h"
@@ -83,8 +84,7 @@ std::optional<std::string> dateOf(const XmpPacket& packet) {
     std::size_t length = 0;
     while (length < std::min(form.size(), date->size())) {
         const char character = (*date)[length];
-        const bool isDigit = character >= '0' && character <= '9';
-        if (form[length] == '0' ? !isDigit : character != form[length]) {
+        if (form[length] == '0' ? !isDigit(character) : character != form[length]) {
             break;
         }
         ++length;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/pdf/Values.h"
 
+#include "platform/linux/Ascii.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -15,10 +17,6 @@ constexpr std::size_t deepest = 32;
 bool isBlank(char byte) {
     return byte == ' ' || byte == '\n' || byte == '\r' || byte == '\t' || byte == '\f' ||
            byte == '\0';
-}
-
-bool isDigit(char byte) {
-    return byte >= '0' && byte <= '9';
 }
 
 bool isDelimiter(char byte) {

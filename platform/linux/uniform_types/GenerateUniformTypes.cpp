@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Compiles the table of uniform types into constant arrays, so that the program itself reads
 // and parses nothing. A mistake in the table stops the build with one line that names it.
+#include "platform/linux/Ascii.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -22,6 +24,8 @@
 #include <vector>
 
 namespace {
+
+using platform::lowercaseASCII;
 
 constexpr std::string_view headerLine =
     "identifier\tconforms_to\textensions\tmime\tenglish_description";
@@ -62,16 +66,6 @@ using Extensions = std::map<std::string, Candidates, std::less<>>;
 
 std::string inQuotes(std::string_view text) {
     return std::string(1, '\'').append(text).append(1, '\'');
-}
-
-std::string lowerCased(std::string_view text) {
-    std::string result(text);
-    for (char& character : result) {
-        if (character >= 'A' && character <= 'Z') {
-            character = static_cast<char>(character - 'A' + 'a');
-        }
-    }
-    return result;
 }
 
 std::vector<std::string> split(std::string_view text, char separator) {
@@ -135,7 +129,7 @@ Row parseRow(std::string_view text, std::size_t line) {
 }
 
 void addRow(Table& table, Row row) {
-    if (!table.byIdentifier.emplace(lowerCased(row.identifier), table.rows.size()).second) {
+    if (!table.byIdentifier.emplace(lowercaseASCII(row.identifier), table.rows.size()).second) {
         fail(row.line, "duplicate identifier " + inQuotes(row.identifier));
     }
     table.rows.push_back(std::move(row));
@@ -168,7 +162,7 @@ Table readTable(std::istream& input) {
 void resolveParents(Table& table) {
     for (Row& row : table.rows) {
         for (const std::string& name : row.parentNames) {
-            const auto parent = table.byIdentifier.find(lowerCased(name));
+            const auto parent = table.byIdentifier.find(lowercaseASCII(name));
             if (parent == table.byIdentifier.end()) {
                 fail(row.line,
                      "unknown parent " + inQuotes(name) + " of " + inQuotes(row.identifier));
@@ -206,7 +200,7 @@ std::size_t requiredType(const Table& table, std::string_view identifier) {
 void addExtensions(Extensions& extensions, const Row& row, std::size_t index, bool isFile,
                    bool isFolder) {
     for (const std::string& extension : row.extensions) {
-        Candidates& candidates = extensions[lowerCased(extension)];
+        Candidates& candidates = extensions[lowercaseASCII(extension)];
         candidates.line = row.line;
         // The first row that claims an extension keeps it: the order of the table decides.
         if (isFile && !candidates.file) {
