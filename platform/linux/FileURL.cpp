@@ -4,11 +4,10 @@
 #include "platform/FileManager.h"
 #include "platform/PathString.h"
 #include "platform/linux/Ascii.h"
+#include "platform/linux/Hexadecimal.h"
 
 namespace platform {
 namespace {
-
-constexpr std::string_view hexDigits = "0123456789ABCDEF";
 
 // pchar and "/" of RFC 3986, section 3.3.
 bool mayStandInPath(char c) {
@@ -123,10 +122,8 @@ std::string FileURL::absoluteString() const {
             text.push_back(c);
             continue;
         }
-        const auto byte = static_cast<unsigned char>(c);
         text.push_back('%');
-        text.push_back(hexDigits[byte >> 4U]);
-        text.push_back(hexDigits[byte & 0x0FU]);
+        appendHexadecimal(text, static_cast<unsigned char>(c), 2);
     }
     if (m_isMarked) {
         text.push_back('/');

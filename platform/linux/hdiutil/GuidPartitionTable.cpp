@@ -2,6 +2,7 @@
 // The GUID partition table: UEFI Specification 2.10, 5.3. The types are those of its table 5.7, of
 // Apple's "Secrets of the GPT" (TN2166), and of the Discoverable Partitions Specification.
 #include "platform/linux/ByteOrder.h"
+#include "platform/linux/Hexadecimal.h"
 #include "platform/linux/Utf16.h"
 #include "platform/linux/hdiutil/PartitionSchemes.h"
 
@@ -96,23 +97,16 @@ std::optional<std::vector<std::byte>> entriesOf(const ByteSource& disk, std::uin
     return isWhole ? std::optional(std::move(entries)) : std::nullopt;
 }
 
-void appendHex(std::string& text, std::uint64_t value, unsigned digitCount) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    for (unsigned i = digitCount; i > 0; --i) {
-        text.push_back(digits[(value >> (4 * (i - 1))) & 0xFU]);
-    }
-}
-
 // The text of a GUID, whose first three numbers have the least significant byte first.
 std::string guidText(Bytes guid) {
     std::string text;
-    appendHex(text, littleEndian<std::uint32_t>(guid, 0), 8);
-    appendHex(text.append(1, '-'), littleEndian<std::uint16_t>(guid, 4), 4);
-    appendHex(text.append(1, '-'), littleEndian<std::uint16_t>(guid, 6), 4);
-    appendHex(text.append(1, '-'), bigEndian<std::uint16_t>(guid, 8), 4);
+    appendHexadecimal(text, littleEndian<std::uint32_t>(guid, 0), 8);
+    appendHexadecimal(text.append(1, '-'), littleEndian<std::uint16_t>(guid, 4), 4);
+    appendHexadecimal(text.append(1, '-'), littleEndian<std::uint16_t>(guid, 6), 4);
+    appendHexadecimal(text.append(1, '-'), bigEndian<std::uint16_t>(guid, 8), 4);
     text.push_back('-');
     for (const std::byte byte : guid.subspan(10, 6)) {
-        appendHex(text, std::to_integer<unsigned>(byte), 2);
+        appendHexadecimal(text, std::to_integer<unsigned>(byte), 2);
     }
     return text;
 }

@@ -4,6 +4,7 @@
 // File System Specification"), exFAT and NTFS put in its place.
 #include "platform/linux/ByteOrder.h"
 #include "platform/linux/ByteText.h"
+#include "platform/linux/Hexadecimal.h"
 #include "platform/linux/hdiutil/PartitionSchemes.h"
 
 #include <algorithm>
@@ -78,8 +79,9 @@ bool isFileSystem(Bytes sector) {
 }
 
 std::string hexadecimal(unsigned type) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
-    return std::string("0x") + digits[type >> 4U & 0xFU] + digits[type & 0xFU];
+    std::string text("0x");
+    appendHexadecimal(text, type, 2);
+    return text;
 }
 
 std::string hintFor(unsigned type) {

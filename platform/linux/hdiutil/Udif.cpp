@@ -3,6 +3,7 @@
 
 #include "platform/Format.h"
 #include "platform/linux/ByteOrder.h"
+#include "platform/linux/Hexadecimal.h"
 #include "platform/linux/PropertyListGuard.h"
 #include "platform/linux/hdiutil/UdifBlockTable.h"
 #include "platform/linux/hdiutil/UdifResources.h"
@@ -43,11 +44,9 @@ std::optional<Trailer> trailerOf(const ByteSource& file) {
 }
 
 std::string hexadecimal(DataView bytes) {
-    constexpr std::string_view digits = "0123456789ABCDEF";
     std::string text;
     for (const std::byte byte : bytes) {
-        const auto value = std::to_integer<std::size_t>(byte);
-        text.append(1, digits[value >> 4U]).append(1, digits[value & 15U]);
+        appendHexadecimal(text, std::to_integer<unsigned>(byte), 2);
     }
     return text;
 }
