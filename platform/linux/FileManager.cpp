@@ -4,6 +4,7 @@
 #include "platform/FileHandle.h"
 #include "platform/linux/Accounts.h"
 #include "platform/linux/Environment.h"
+#include "platform/linux/TextPieces.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -66,14 +67,9 @@ std::string currentDirectoryPath() {
 }
 
 std::optional<std::string> homeDirectory() {
-    std::string path(environmentVariable("HOME"));
-    if (!path.starts_with('/')) {
-        return homeOfUser(::getuid());
-    }
-    while (path.size() > 1 && path.back() == '/') {
-        path.pop_back();
-    }
-    return path;
+    const std::string_view path = environmentVariable("HOME");
+    return path.starts_with('/') ? std::string(withoutTrailingSlashes(path))
+                                 : homeOfUser(::getuid());
 }
 
 std::optional<std::string> homeDirectoryForUser(const std::string& user) {

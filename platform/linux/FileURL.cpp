@@ -5,6 +5,7 @@
 #include "platform/PathString.h"
 #include "platform/linux/Ascii.h"
 #include "platform/linux/Hexadecimal.h"
+#include "platform/linux/TextPieces.h"
 
 namespace platform {
 namespace {
@@ -62,25 +63,18 @@ bool consumePrefixIgnoringCase(std::string_view& text, std::string_view prefix) 
     return true;
 }
 
-std::string withoutTrailingSlashes(std::string path) {
-    while (path.size() > 1 && path.back() == '/') {
-        path.pop_back();
-    }
-    return path;
-}
-
 } // namespace
 
 FileURL FileURL::fromPath(std::string_view path) {
     if (path.starts_with('/')) {
-        return FileURL(withoutTrailingSlashes(std::string(path)));
+        return FileURL(std::string(withoutTrailingSlashes(path)));
     }
     std::string absolute = FileManager::currentDirectoryPath();
     if (!absolute.empty() && !path.empty()) {
         absolute.push_back('/');
     }
     absolute.append(path);
-    return FileURL(absolute.empty() ? "." : withoutTrailingSlashes(std::move(absolute)));
+    return FileURL(absolute.empty() ? "." : std::string(withoutTrailingSlashes(absolute)));
 }
 
 FileURL FileURL::fromDirectoryPath(std::string_view path) {
@@ -106,7 +100,7 @@ std::optional<FileURL> FileURL::parse(std::string_view text) {
         return std::nullopt;
     }
     const bool isMarked = path->ends_with('/');
-    FileURL url(withoutTrailingSlashes(*std::move(path)));
+    FileURL url{std::string(withoutTrailingSlashes(*path))};
     url.m_isMarked = isMarked && url.m_path.size() > 1;
     return url;
 }

@@ -13,13 +13,6 @@ namespace {
 
 constexpr auto npos = std::string_view::npos;
 
-std::string_view withoutTrailingSlashes(std::string_view path) {
-    while (path.size() > 1 && path.back() == '/') {
-        path.remove_suffix(1);
-    }
-    return path;
-}
-
 std::string collapsingSlashes(std::string_view path) {
     std::string result;
     result.reserve(path.size());

@@ -15,4 +15,12 @@ inline std::string_view takePiece(std::string_view& text, char separator) {
     return piece;
 }
 
+/// The path without the slashes at its end, but for the one of "/".
+[[nodiscard]] inline std::string_view withoutTrailingSlashes(std::string_view path) {
+    while (path.size() > 1 && path.back() == '/') {
+        path.remove_suffix(1);
+    }
+    return path;
+}
+
 } // namespace platform
