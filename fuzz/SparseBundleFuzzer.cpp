@@ -31,7 +31,7 @@ std::string described(std::uint64_t bandSize, std::uint64_t size) {
         {"size", static_cast<std::int64_t>(size)}};
     const auto list =
         platform::PropertyList(values).serialized(platform::PropertyList::Format::binary);
-    return {reinterpret_cast<const char*>(list.data()), list.size()};
+    return std::string(platform::charactersOf(list));
 }
 
 std::string descriptionIn(fuzzing::Input& input) {

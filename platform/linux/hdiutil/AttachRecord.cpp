@@ -37,11 +37,7 @@ PropertyList bytes(const std::string& path) {
 std::optional<std::string> pathIn(const PropertyList& list, std::string_view key) {
     const PropertyList* const value = list.valueForKey(key);
     const Data* const data = value == nullptr ? nullptr : value->data();
-    if (data == nullptr) {
-        return std::nullopt;
-    }
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
-    return std::string(reinterpret_cast<const char*>(data->data()), data->size());
+    return data == nullptr ? std::nullopt : std::optional<std::string>(charactersOf(*data));
 }
 
 std::optional<std::uint64_t> countIn(const PropertyList& list, std::string_view key) {

@@ -34,11 +34,6 @@ void append(Data& data, std::uint64_t number) {
     }
 }
 
-std::string textOf(DataView bytes) {
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
 auto digestOf(DataView bytes) {
     Digest::SHA256 digest;
     digest.update(bytes);
@@ -81,11 +76,11 @@ std::optional<ExpansionProgress> ExpansionProgress::parse(DataView bytes) {
         progress.written > progress.diskSize) {
         return std::nullopt;
     }
-    progress.boot = textOf(bytes.subspan(bootOffset, bootLength));
+    progress.boot = charactersOf(bytes.subspan(bootOffset, bootLength));
     std::ranges::copy(bytes.subspan(stateOffset, Digest::sha256Length),
                       progress.state.digest.begin());
     const std::size_t end = bytes.size() - Digest::sha256Length;
-    progress.image = textOf(bytes.subspan(imageOffset, end - imageOffset));
+    progress.image = charactersOf(bytes.subspan(imageOffset, end - imageOffset));
     return progress;
 }
 
@@ -101,7 +96,7 @@ std::array<std::byte, 16> ExpansionProgress::startOf(std::uint64_t written) {
 std::string currentBoot() {
     const auto contents = FileManager::contentsAtPath("/proc/sys/kernel/random/boot_id", 64);
     return contents && contents->size() >= bootLength
-               ? textOf(DataView(*contents).first(bootLength))
+               ? std::string(charactersOf(*contents).substr(0, bootLength))
                : std::string();
 }
 

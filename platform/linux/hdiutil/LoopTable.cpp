@@ -21,8 +21,7 @@ constexpr std::size_t maximumTableSize = std::size_t{16} << 20;
 
 std::string textAt(const std::string& path, std::size_t maximumSize) {
     const auto data = FileManager::contentsAtPath(path, maximumSize).value_or(Data());
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
-    return {reinterpret_cast<const char*>(data.data()), data.size()};
+    return std::string(charactersOf(data));
 }
 
 // What a file of one line says; empty where there is none.

@@ -5,12 +5,12 @@
 // P1282).
 #include "platform/linux/hdiutil/OpticalVolume.h"
 
+#include "platform/Data.h"
 #include "platform/linux/ByteOrder.h"
 #include "platform/linux/ByteText.h"
 #include "platform/linux/Utf16.h"
 #include "platform/linux/Utf8.h"
 
-#include <algorithm>
 #include <array>
 #include <string_view>
 
@@ -33,10 +33,8 @@ std::string withoutTrailingBlanks(std::string text) {
 }
 
 std::string primaryLabel(Bytes descriptor) {
-    const Bytes field = descriptor.subspan(40, 32);
-    std::string text(reinterpret_cast<const char*>(field.data()), field.size());
-    text.erase(std::find(text.begin(), text.end(), '\0'), text.end());
-    return withoutTrailingBlanks(replacingInvalidUTF8(text));
+    const std::string_view text = charactersOf(descriptor.subspan(40, 32));
+    return withoutTrailingBlanks(replacingInvalidUTF8(text.substr(0, text.find('\0'))));
 }
 
 // Joliet announces one of three levels of UCS-2 by the escape sequences that select them.

@@ -170,8 +170,7 @@ void addXmp(DataView packet, ImageProperties& properties) {
     if (packet.size() > maximumBlockSize) {
         return;
     }
-    // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): bytes as characters
-    const XmpPacket xmp({reinterpret_cast<const char*>(packet.data()), packet.size()});
+    const XmpPacket xmp(charactersOf(packet));
     addTiff(xmp, properties.tiff);
     addExif(xmp, properties.exif);
     addGps(xmp, properties.gps);
