@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/Cbor.h"
 
+#include "platform/linux/ByteOrder.h"
 #include "platform/linux/Utf8.h"
 
 #include <bit>
@@ -60,18 +61,12 @@ public:
 private:
     void byte(std::uint64_t value) { bytes.push_back(static_cast<std::byte>(value)); }
 
-    void bigEndian(std::uint64_t value, unsigned count) {
-        for (unsigned i = count; i > 0; --i) {
-            byte((value >> (bitsPerByte * (i - 1))) & 0xFFU);
-        }
-    }
-
     void head(Major major, std::uint64_t argument) {
         const std::uint64_t type = static_cast<unsigned>(major) << argumentBits;
         const unsigned information = informationOf(argument);
         byte(type | information);
         if (information >= firstLongArgument) {
-            bigEndian(argument, bytesOfArgument(information));
+            appendBigEndian(bytes, argument, bytesOfArgument(information));
         }
     }
 
@@ -103,7 +98,7 @@ private:
     }
     bool put(double number, int /*depth*/) {
         byte((static_cast<unsigned>(Major::simple) << argumentBits) | doubleNumber);
-        bigEndian(std::bit_cast<std::uint64_t>(number), sizeof number);
+        appendBigEndian(bytes, std::bit_cast<std::uint64_t>(number), sizeof number);
         return true;
     }
     bool put(const std::string& content, int /*depth*/) {
@@ -182,7 +177,7 @@ private:
         }
         result.argument = result.information;
         if (result.information >= firstLongArgument) {
-            const auto argument = bigEndian(bytesOfArgument(result.information));
+            const auto argument = number(bytesOfArgument(result.information));
             // The bits of a number that is no integer are not to be made shorter.
             if (!argument ||
                 (result.major != Major::simple && result.information != informationOf(*argument))) {
@@ -193,14 +188,11 @@ private:
         return result;
     }
 
-    std::optional<std::uint64_t> bigEndian(std::size_t count) {
+    std::optional<std::uint64_t> number(std::size_t count) {
         if (count > m_rest.size()) {
             return std::nullopt;
         }
-        std::uint64_t value = 0;
-        for (const std::byte byte : m_rest.first(count)) {
-            value = (value << bitsPerByte) | std::to_integer<std::uint64_t>(byte);
-        }
+        const std::uint64_t value = bigEndian(m_rest.first(count));
         m_rest = m_rest.subspan(count);
         return value;
     }

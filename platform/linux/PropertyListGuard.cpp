@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/PropertyListGuard.h"
 
+#include "platform/linux/ByteOrder.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdint>
@@ -16,14 +18,6 @@ constexpr std::string_view header = "bplist00";
 constexpr std::size_t trailerSize = 32;
 constexpr std::uint64_t maximumExpandedSize = std::uint64_t{128} << 20;
 constexpr std::uint64_t valueOverhead = 16;
-
-std::uint64_t bigEndian(DataView bytes) {
-    std::uint64_t value = 0;
-    for (const std::byte byte : bytes) {
-        value = value << 8U | std::to_integer<std::uint64_t>(byte);
-    }
-    return value;
-}
 
 struct Object {
     bool isContainer = false;

@@ -29,9 +29,7 @@ void append(Data& data, DataView bytes) {
 }
 
 void append(Data& data, std::uint64_t number) {
-    for (unsigned shift = 64; shift > 0; shift -= 8) {
-        data.push_back(static_cast<std::byte>(number >> (shift - 8)));
-    }
+    appendBigEndian(data, number, sizeof number);
 }
 
 auto digestOf(DataView bytes) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/media/ColorProfile.h"
 
+#include "platform/linux/ByteOrder.h"
 #include "platform/linux/ByteText.h"
 #include "platform/linux/Utf16.h"
 #include "platform/linux/media/ImageText.h"
@@ -24,9 +25,7 @@ using Profile = std::unique_ptr<std::remove_pointer_t<cmsHPROFILE>, CloseProfile
 Data unitsOf(const std::vector<wchar_t>& text) {
     Data units;
     for (const wchar_t character : text) {
-        const auto unit = std::bit_cast<std::uint32_t>(character);
-        units.push_back(static_cast<std::byte>(unit >> 8U & 0xFFU));
-        units.push_back(static_cast<std::byte>(unit & 0xFFU));
+        appendBigEndian(units, std::bit_cast<std::uint32_t>(character), sizeof(char16_t));
     }
     return units;
 }

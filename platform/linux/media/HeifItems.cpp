@@ -63,11 +63,10 @@ public:
         : m_bytes(bytes) {}
 
     std::uint64_t next(std::size_t size) {
-        std::uint64_t number = 0;
-        for (std::size_t i = 0; i < size && m_position < m_bytes.size(); ++i, ++m_position) {
-            number = (number << 8U) | std::to_integer<std::uint64_t>(m_bytes[m_position]);
-        }
-        return number;
+        const DataView rest = m_bytes.subspan(m_position);
+        const DataView number = rest.first(std::min(size, rest.size()));
+        m_position += number.size();
+        return bigEndian(number);
     }
     [[nodiscard]] std::size_t position() const { return m_position; }
     [[nodiscard]] bool isAtEnd() const { return m_position == m_bytes.size(); }

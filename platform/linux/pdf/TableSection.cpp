@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/pdf/TableSection.h"
 
+#include "platform/linux/ByteOrder.h"
 #include "platform/linux/pdf/ObjectBytes.h"
 #include "platform/linux/pdf/Predictor.h"
 
@@ -174,10 +175,7 @@ std::optional<Place> TableSection::placeInStream(std::uint64_t index) const {
     std::string_view bytes = std::string_view(m_entries).substr(
         static_cast<std::size_t>(index) * entrySize(), entrySize());
     const auto take = [&bytes](std::size_t width) {
-        std::uint64_t number = 0;
-        for (const char byte : bytes.substr(0, width)) {
-            number = number << 8U | static_cast<unsigned char>(byte);
-        }
+        const std::uint64_t number = bigEndian(bytesOf(bytes.substr(0, width)));
         bytes.remove_prefix(width);
         return number;
     };

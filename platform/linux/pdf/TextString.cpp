@@ -2,6 +2,7 @@
 #include "platform/linux/pdf/TextString.h"
 
 #include "platform/Data.h"
+#include "platform/linux/ByteOrder.h"
 #include "platform/linux/Utf16.h"
 #include "platform/linux/Utf8.h"
 
@@ -51,9 +52,7 @@ std::string fromPDFDocEncoding(std::string_view bytes) {
     Data units;
     units.reserve(bytes.size() * 2);
     for (const char byte : bytes) {
-        const char16_t character = characterOf(byte);
-        units.push_back(static_cast<std::byte>(character >> 8U));
-        units.push_back(static_cast<std::byte>(character & 0xFFU));
+        appendBigEndian(units, characterOf(byte), sizeof(char16_t));
     }
     return utf8FromUtf16(units, std::endian::big);
 }
