@@ -136,15 +136,12 @@ std::optional<PDFDocumentProperties> readExcerpt(const DocumentFile& file, bool 
     return properties && !isRepaired && isComplete(document, *excerpt) ? properties : std::nullopt;
 }
 
-// Answers nothing where `read` throws, which it does for want of memory.
-template <class Read>
-std::optional<PDFDocumentProperties> readWith(const Read& read, int descriptor) {
-    const auto file = documentFile(descriptor);
-    if (!file) {
-        return std::nullopt;
-    }
+// Answers nothing where there is no file, nor where `read` throws, which it does for want of
+// memory.
+std::optional<PDFDocumentProperties>
+readWith(const auto& read, const std::optional<DocumentFile>& file, const auto&... arguments) {
     try {
-        return read(*file);
+        return file ? read(*file, arguments...) : std::nullopt;
     } catch (const std::exception&) {
         return std::nullopt;
     }
@@ -159,20 +156,18 @@ void preparePDFReader() {
 }
 
 std::optional<PDFDocumentProperties> readPDF(int descriptor, bool wantsText) {
-    auto properties = readExcerptOfPDF(descriptor, wantsText);
-    return properties ? properties : readWholePDF(descriptor, wantsText);
+    const auto file = documentFile(descriptor);
+    auto properties = readWith(readExcerpt, file, wantsText, fewestObjectsForExcerpt);
+    return properties ? properties : readWith(readWhole, file, wantsText);
 }
 
 std::optional<PDFDocumentProperties> readExcerptOfPDF(int descriptor, bool wantsText,
                                                       std::uint64_t fewestObjects) {
-    return readWith(
-        [&](const DocumentFile& file) { return readExcerpt(file, wantsText, fewestObjects); },
-        descriptor);
+    return readWith(readExcerpt, documentFile(descriptor), wantsText, fewestObjects);
 }
 
 std::optional<PDFDocumentProperties> readWholePDF(int descriptor, bool wantsText) {
-    return readWith([&](const DocumentFile& file) { return readWhole(file, wantsText); },
-                    descriptor);
+    return readWith(readWhole, documentFile(descriptor), wantsText);
 }
 
 } // namespace platform::pdf
