@@ -45,7 +45,8 @@ int refuseToOpen(AVFormatContext* /*context*/, AVIOContext** /*file*/, const cha
     return AVERROR(EPERM);
 }
 
-void setLimits(AVFormatContext& context) {
+// False where there is no memory for them: the library takes a list that is missing for no limit.
+bool setLimits(AVFormatContext& context) {
     context.format_whitelist = ::av_strdup(formats);
     context.codec_whitelist = ::av_strdup(decoders);
     context.protocol_whitelist = ::av_strdup("none");
@@ -55,6 +56,8 @@ void setLimits(AVFormatContext& context) {
     context.max_analyze_duration = probedTime;
     context.max_streams = maximumStreams;
     context.max_probe_packets = maximumProbedPackets;
+    return context.format_whitelist != nullptr && context.codec_whitelist != nullptr &&
+           context.protocol_whitelist != nullptr;
 }
 
 // A few bytes, of any kind, are taken for a transport stream where one of them is a 'G'.
@@ -112,14 +115,15 @@ bool AvInput::openContext() {
     context->pb = file;
     context->flags |= AVFMT_FLAG_CUSTOM_IO;
     context->interrupt_callback = {&AvInput::isLate, this};
-    setLimits(*context);
     // Edit lists are for playing; applying them takes longer than all else in long films.
     AVDictionary* options = nullptr;
     ::av_dict_set(&options, "advanced_editlist", "0", 0);
-    // Frees the context when it fails, but not the file.
-    const bool isOpen = ::avformat_open_input(&context, nullptr, nullptr, &options) >= 0;
+    const bool isOpen =
+        setLimits(*context) && ::avformat_open_input(&context, nullptr, nullptr, &options) >= 0;
     ::av_dict_free(&options);
     if (!isOpen) {
+        // Nothing is left of the context where it could not be opened; the file is ours.
+        ::avformat_free_context(context);
         freeFile(file);
         return false;
     }
