@@ -5,15 +5,25 @@
 #include "platform/PathString.h"
 #include "platform/StandardStreams.h"
 
+#include <cerrno>
 #include <utility>
 
 namespace {
 
 bool colorEnabled = true;
+int outputError = 0;
+
+// Called directly after a call that writes to standard output, as others change the reason.
+void noteOutcome(bool isWritten) {
+    if (!isWritten && outputError == 0) {
+        outputError = errno;
+    }
+}
 
 // In one piece, so that lines of processes that share a log do not mix.
 void write(std::FILE* stream, std::string_view text) {
-    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stream));
+    const bool isWritten = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+    noteOutcome(isWritten || stream != stdout);
 }
 
 void writeElement(std::string_view before, const platform::Json& element) {
@@ -70,6 +80,11 @@ void QMCLIRecords::end() const {
     } else if (m_first) {
         qm_json(*m_first);
     }
+}
+
+int qm_flush() {
+    noteOutcome(std::fflush(stdout) == 0);
+    return outputError;
 }
 
 std::string qm_absolutePath(const std::string& path) {

@@ -22,7 +22,8 @@ void qm_set_color_enabled(bool enabled);
 
 /// Writes one formatted line to `stream`. When styles are enabled and `prefix` is not empty, the
 /// line is between that escape sequence and a reset. The terminal test looks at standard output
-/// also when `stream` is standard error. A failed write shows in the stream's error state.
+/// also when `stream` is standard error. What could not be written to standard output is told by
+/// qm_flush().
 void qm_vprint(std::FILE* stream, std::string_view prefix, std::string_view format,
                std::span<const platform::FormatArgument> arguments);
 
@@ -94,6 +95,10 @@ private:
     std::optional<platform::Json> m_first;
     bool m_isArray = false;
 };
+
+/// Writes out what is still on its way to standard output. 0 when all output of this process has
+/// arrived there, else the `errno` of the first write that failed.
+[[nodiscard]] int qm_flush();
 
 /// The absolute form of a path given on the command line. A path that begins with "/" is returned
 /// as it is; others are taken from the current directory, and "." and ".." and redundant slashes

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "cli/Console.h"
 #include "cli/QMCLIDispatcher.h"
 #include "platform/StandardStreams.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <exception>
 #include <new>
@@ -19,11 +19,11 @@ int report(const char* what) {
 
 // Output that did not arrive is a failure, whatever the command made of it.
 int statusAfterFlush(int status) {
-    const bool failedBefore = std::ferror(stdout) != 0;
-    if (std::fflush(stdout) == 0 && !failedBefore) {
+    const int error = qm_flush();
+    if (error == 0) {
         return status;
     }
-    const int failure = report(("write error: " + std::generic_category().message(errno)).c_str());
+    const int failure = report(("write error: " + std::generic_category().message(error)).c_str());
     return status != 0 ? status : failure;
 }
 

@@ -3,6 +3,9 @@
 
 #include "tests/unit/support/TemporaryFolder.h"
 
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <limits>
 #include <string>
@@ -89,6 +92,27 @@ TEST(Console, RecordsAreNotKeptUntilTheEnd) {
                   records.add(Json::Object{});
               }),
               "");
+}
+
+// All of it is too much for the stream's buffer, so none is left to fail again at the end.
+[[noreturn]] void printToFullDevice() {
+    if (std::freopen("/dev/full", "w", stdout) != nullptr) {
+        qm_print("{}", std::string(std::size_t{1} << 20, 'x'));
+    }
+    errno = ENOENT;
+    std::_Exit(qm_flush());
+}
+
+TEST(ConsoleDeathTest, TheReasonOfAFailedWriteIsNotThatOfALaterCall) {
+    EXPECT_EXIT(printToFullDevice(), testing::ExitedWithCode(ENOSPC), "");
+}
+
+TEST(Console, HasNothingToSayOfOutputThatArrived) {
+    EXPECT_EQ(outputOf([] {
+                  qm_print("a");
+                  EXPECT_EQ(qm_flush(), 0);
+              }),
+              "a\n");
 }
 
 TEST(AbsolutePath, LeavesAbsolutePathsAsTheyAre) {
