@@ -37,4 +37,8 @@ namespace platform {
         [](char first, char second) { return lowercaseASCII(first) == lowercaseASCII(second); });
 }
 
+[[nodiscard]] constexpr bool startsWithIgnoringCase(std::string_view text, std::string_view start) {
+    return equalsIgnoringCase(text.substr(0, start.size()), start);
+}
+
 } // namespace platform

@@ -56,7 +56,7 @@ std::optional<std::string> percentDecoded(std::string_view text) {
 }
 
 bool consumePrefixIgnoringCase(std::string_view& text, std::string_view prefix) {
-    if (!equalsIgnoringCase(text.substr(0, prefix.size()), prefix)) {
+    if (!startsWithIgnoringCase(text, prefix)) {
         return false;
     }
     text.remove_prefix(prefix.size());

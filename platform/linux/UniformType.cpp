@@ -158,7 +158,7 @@ std::string dynamicIdentifier(std::string_view extension) {
 
 bool isDynamic(std::string_view identifier) {
     if (identifier.size() <= dynamicPrefix.size() ||
-        !equalsIgnoringCase(identifier.substr(0, dynamicPrefix.size()), dynamicPrefix)) {
+        !startsWithIgnoringCase(identifier, dynamicPrefix)) {
         return false;
     }
     identifier.remove_prefix(dynamicPrefix.size());

@@ -1,36 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/av/VorbisComment.h"
 
+#include "platform/linux/Ascii.h"
 #include "platform/linux/ByteOrder.h"
 
 #include <algorithm>
 #include <array>
 #include <optional>
-#include <string_view>
 
 namespace platform::av {
 namespace {
 
 using CommonKey = MediaAssetProperties::MetadataItem::CommonKey;
 
+// In any case.
 constexpr std::array names{
     ItemName{"TITLE=", CommonKey::title},
     ItemName{"ARTIST=", CommonKey::artist},
     ItemName{"ALBUM=", CommonKey::albumName},
 };
-
-// Names are ASCII in any case.
-bool startsWith(DataView comment, std::string_view mark) {
-    constexpr unsigned caseBit = 0x20;
-    return comment.size() >= mark.size() &&
-           std::ranges::equal(comment.first(mark.size()), bytesOf(mark),
-                              [](std::byte found, std::byte wanted) {
-                                  const auto character = std::to_integer<unsigned>(found);
-                                  const bool isSmall = character >= 'a' && character <= 'z';
-                                  return (isSmall ? character & ~caseBit : character) ==
-                                         std::to_integer<unsigned>(wanted);
-                              });
-}
 
 /// Numbers and texts one after the other.
 class Reader {
@@ -75,8 +63,9 @@ Items itemsOfVorbisComment(DataView bytes) {
         if (!comment) {
             break;
         }
-        const auto* const name = std::ranges::find_if(
-            names, [&comment](const ItemName& one) { return startsWith(*comment, one.name); });
+        const auto* const name = std::ranges::find_if(names, [&comment](const ItemName& one) {
+            return startsWithIgnoringCase(charactersOf(*comment), one.name);
+        });
         if (name != names.end()) {
             items.push_back({name->key, itemText(comment->subspan(name->name.size()))});
         }
