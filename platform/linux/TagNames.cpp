@@ -2,6 +2,7 @@
 #include "platform/linux/TagNames.h"
 
 #include "platform/PropertyList.h"
+#include "platform/linux/PropertyListTexts.h"
 #include "platform/linux/TextPieces.h"
 
 #include <algorithm>
@@ -12,20 +13,6 @@ namespace {
 
 constexpr char separator = ',';
 constexpr char colorMark = '\n';
-
-std::optional<Names> textsIn(const std::optional<PropertyList>& list) {
-    if (!list || list->array() == nullptr) {
-        return std::nullopt;
-    }
-    Names texts;
-    for (const PropertyList& element : *list->array()) {
-        if (element.string() == nullptr) {
-            return std::nullopt;
-        }
-        texts.push_back(*element.string());
-    }
-    return texts;
-}
 
 } // namespace
 

@@ -6,6 +6,7 @@
 #include "platform/PropertyListReadings.h"
 #include "platform/linux/FileIdentity.h"
 #include "platform/linux/PropertyListGuard.h"
+#include "platform/linux/PropertyListTexts.h"
 #include "platform/linux/XdgFolders.h"
 
 #include <atomic>
@@ -159,19 +160,7 @@ std::shared_ptr<const PropertyList::Array> UserDefaults::arrayForKey(std::string
 
 std::optional<std::vector<std::string>>
 UserDefaults::stringArrayForKey(std::string_view key) const {
-    const auto value = find(key);
-    const PropertyList::Array* const array = value ? value->array() : nullptr;
-    if (array == nullptr) {
-        return std::nullopt;
-    }
-    std::vector<std::string> texts;
-    for (const PropertyList& element : *array) {
-        if (element.string() == nullptr) {
-            return std::nullopt;
-        }
-        texts.push_back(*element.string());
-    }
-    return texts;
+    return textsIn(find(key));
 }
 
 } // namespace platform
