@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/MountTable.h"
 
+#include "platform/FileManager.h"
 #include "platform/linux/TextPieces.h"
 
 #include <algorithm>
@@ -89,6 +90,12 @@ std::vector<Mount> parse(std::string_view mountinfo) {
         }
     }
     return mounts;
+}
+
+std::vector<Mount> current() {
+    constexpr std::size_t maximumSize = std::size_t{16} << 20;
+    const auto contents = FileManager::contentsAtPath("/proc/self/mountinfo", maximumSize);
+    return contents ? parse(charactersOf(*contents)) : std::vector<Mount>();
 }
 
 std::vector<Mount> localMounts(std::vector<Mount> mounts) {

@@ -23,6 +23,9 @@ struct Mount {
 /// Reads the kernel's text; lines that are not of its form are left out.
 [[nodiscard]] std::vector<Mount> parse(std::string_view mountinfo);
 
+/// The mounts that this process sees; none where the kernel does not tell.
+[[nodiscard]] std::vector<Mount> current();
+
 /// Those mounts that together show everything of the local file systems once: no pseudo and no
 /// network file systems, and nothing that another of them shows as well.
 [[nodiscard]] std::vector<Mount> localMounts(std::vector<Mount> mounts);

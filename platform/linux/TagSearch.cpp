@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/TagSearch.h"
 
-#include "platform/FileManager.h"
 #include "platform/FileTags.h"
 #include "platform/linux/Descriptor.h"
 
@@ -224,10 +223,7 @@ SearchScope scopeOf(const std::vector<MountTable::Mount>& mounts,
 }
 
 SearchScope localComputerScope() {
-    constexpr std::size_t maximumTableSize = std::size_t{16} << 20;
-    const Data table =
-        FileManager::contentsAtPath("/proc/self/mountinfo", maximumTableSize).value_or(Data());
-    const std::vector<MountTable::Mount> mounts = MountTable::parse(charactersOf(table));
+    const std::vector<MountTable::Mount> mounts = MountTable::current();
     std::vector<MountTable::Mount> reachable;
     std::ranges::copy_if(mounts, std::back_inserter(reachable), isReachable);
     return scopeOf(mounts, std::move(reachable));

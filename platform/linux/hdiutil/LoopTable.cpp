@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/hdiutil/LoopTable.h"
 
-#include "platform/Data.h"
 #include "platform/FileManager.h"
 #include "platform/linux/MountTable.h"
 
@@ -17,24 +16,15 @@ namespace {
 constexpr std::string_view devicesFolder = "/dev/";
 constexpr const char* blockFolder = "/sys/block";
 constexpr std::size_t maximumLineSize = 8192;
-constexpr std::size_t maximumTableSize = std::size_t{16} << 20;
-
-std::string textAt(const std::string& path, std::size_t maximumSize) {
-    const auto data = FileManager::contentsAtPath(path, maximumSize).value_or(Data());
-    return std::string(charactersOf(data));
-}
 
 // What a file of one line says; empty where there is none.
 std::string lineAt(const std::string& path) {
-    std::string line = textAt(path, maximumLineSize);
+    const auto contents = FileManager::contentsAtPath(path, maximumLineSize);
+    std::string line(contents ? charactersOf(*contents) : std::string_view());
     if (line.ends_with('\n')) {
         line.pop_back();
     }
     return line;
-}
-
-std::vector<MountTable::Mount> mountTable() {
-    return MountTable::parse(textAt("/proc/self/mountinfo", maximumTableSize));
 }
 
 // Whether `source` is the device or one of its partitions, "/dev/loop7p1".
@@ -85,7 +75,7 @@ std::vector<std::string> unusedDevices(const std::string& file, std::uint64_t of
 }
 
 bool isInUseForWriting(const std::string& file) {
-    const auto mounts = mountTable();
+    const auto mounts = MountTable::current();
     return std::ranges::any_of(blockDevices(), [&](const std::string& device) {
         const std::string folder = folderOf(device);
         return lineAt(folder + "/loop/backing_file") == file && lineAt(folder + "/ro") == "0" &&
@@ -97,7 +87,7 @@ bool isInUseForWriting(const std::string& file) {
 
 // The last one is the one that is seen.
 std::string deviceMountedAt(const std::string& path) {
-    auto mounts = mountTable();
+    auto mounts = MountTable::current();
     std::ranges::reverse(mounts);
     const auto found = std::ranges::find(mounts, path, &MountTable::Mount::mountPoint);
     return found != mounts.end() && found->source.starts_with(devicesFolder) ? found->source
@@ -106,7 +96,7 @@ std::string deviceMountedAt(const std::string& path) {
 
 // By name: file systems of several devices have numbers of their own.
 std::string mountPointOf(const std::string& device) {
-    const auto mounts = mountTable();
+    const auto mounts = MountTable::current();
     const auto found = std::ranges::find(mounts, device, &MountTable::Mount::source);
     return found == mounts.end() ? std::string() : found->mountPoint;
 }
