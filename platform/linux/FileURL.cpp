@@ -16,19 +16,6 @@ bool mayStandInPath(char c) {
            std::string_view("-._~!$&'()*+,;=:@/").find(c) != std::string_view::npos;
 }
 
-std::optional<unsigned> hexValue(char c) {
-    if (isDigit(c)) {
-        return static_cast<unsigned>(c - '0');
-    }
-    if (c >= 'a' && c <= 'f') {
-        return static_cast<unsigned>(c - 'a') + 10;
-    }
-    if (c >= 'A' && c <= 'F') {
-        return static_cast<unsigned>(c - 'A') + 10;
-    }
-    return std::nullopt;
-}
-
 std::optional<std::string> percentDecoded(std::string_view text) {
     std::string result;
     result.reserve(text.size());
@@ -40,8 +27,8 @@ std::optional<std::string> percentDecoded(std::string_view text) {
         if (text.size() - i < 3) {
             return std::nullopt;
         }
-        const auto high = hexValue(text[i + 1]);
-        const auto low = hexValue(text[i + 2]);
+        const auto high = hexadecimalDigit(text[i + 1]);
+        const auto low = hexadecimalDigit(text[i + 2]);
         if (!high || !low) {
             return std::nullopt;
         }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/media/PngProfileText.h"
 
+#include "platform/linux/Hexadecimal.h"
+
 #include <charconv>
 #include <cstdint>
 #include <optional>
@@ -28,12 +30,6 @@ std::optional<std::size_t> takeLength(std::string_view& text) {
     return length;
 }
 
-std::optional<unsigned> digitOf(char character) {
-    unsigned digit = 0;
-    const auto result = std::from_chars(&character, &character + 1, digit, 16);
-    return result.ec == std::errc() ? std::optional(digit) : std::nullopt;
-}
-
 } // namespace
 
 Data bytesOfProfileText(std::string_view text) {
@@ -47,7 +43,7 @@ Data bytesOfProfileText(std::string_view text) {
         if (blanks.find(character) != std::string_view::npos) {
             continue;
         }
-        const auto digit = digitOf(character);
+        const auto digit = hexadecimalDigit(character);
         if (!digit) {
             return {};
         }
