@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/LocalizedStrings.h"
 
+#include "platform/linux/TextPieces.h"
 #include "platform/linux/Utf8.h"
 
 #include <algorithm>
-#include <charconv>
 #include <clocale>
 #include <cstddef>
 #include <optional>
-#include <system_error>
 
 #include <libintl.h>
 
@@ -29,13 +28,6 @@ std::size_t skipped(std::string_view text, std::size_t start, std::string_view c
     return std::min(text.find_first_not_of(characters, start), text.size());
 }
 
-/// The number in front of a "$" behind the percent sign; 0 when it is too large.
-std::size_t positionIn(std::string_view text, std::size_t dollar) {
-    std::size_t position = 0;
-    const auto result = std::from_chars(text.data() + 1, text.data() + dollar, position);
-    return result.ec == std::errc() ? position : 0;
-}
-
 /// The conversion that `text` begins with; where it is none, the percent sign alone. There is no
 /// flag " ", which in "100 % done" is a blank.
 Conversion conversionIn(std::string_view text) {
@@ -46,7 +38,8 @@ Conversion conversionIn(std::string_view text) {
     std::optional<std::size_t> position;
     std::size_t at = skipped(text, 1, digits);
     if (at > 1 && at < text.size() && text[at] == '$') {
-        position = positionIn(text, at);
+        // No argument has a number that is too large.
+        position = wholeNumber<std::size_t>(text.substr(1, at - 1)).value_or(0);
         ++at;
     } else {
         at = 1;

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <optional>
 #include <utility>
 
@@ -56,8 +55,8 @@ std::string unescaped(std::string_view field) {
 
 std::optional<Mount> parseLine(std::string_view line) {
     Mount mount;
-    const std::string_view id = nextField(line);
-    const auto [end, error] = std::from_chars(id.data(), id.data() + id.size(), mount.id);
+    const auto id = wholeNumber<std::uint64_t>(nextField(line));
+    mount.id = id.value_or(0);
     nextField(line); // the parent's id
     mount.device = nextField(line);
     mount.root = unescaped(nextField(line));
@@ -67,8 +66,7 @@ std::optional<Mount> parseLine(std::string_view line) {
     }
     mount.type = nextField(line);
     mount.source = unescaped(nextField(line));
-    const bool isWhole = error == std::errc() && end == id.data() + id.size() &&
-                         !mount.root.empty() && mount.mountPoint.starts_with('/') &&
+    const bool isWhole = id && !mount.root.empty() && mount.mountPoint.starts_with('/') &&
                          mount.mountPoint.find('\0') == std::string::npos && !mount.type.empty();
     return isWhole ? std::optional(std::move(mount)) : std::nullopt;
 }

@@ -3,9 +3,9 @@
 
 #include "platform/FileManager.h"
 #include "platform/linux/MountTable.h"
+#include "platform/linux/TextPieces.h"
 
 #include <algorithm>
-#include <charconv>
 #include <filesystem>
 #include <string_view>
 #include <system_error>
@@ -59,11 +59,8 @@ bool shows(const std::string& device, const std::string& file, std::uint64_t off
 
 std::uint64_t sequenceOf(const std::string& device) {
     const std::string folder = folderOf(device);
-    const std::string text = lineAt(folder + "/diskseq");
-    std::uint64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    const bool isNumber = error == std::errc() && end == text.data() + text.size();
-    return isNumber && !lineAt(folder + "/loop/backing_file").empty() ? number : 0;
+    const auto number = wholeNumber<std::uint64_t>(lineAt(folder + "/diskseq"));
+    return lineAt(folder + "/loop/backing_file").empty() ? 0 : number.value_or(0);
 }
 
 std::vector<std::string> unusedDevices(const std::string& file, std::uint64_t offset) {

@@ -2,9 +2,10 @@
 #include "platform/linux/media/PngProfileText.h"
 
 #include "platform/linux/Hexadecimal.h"
+#include "platform/linux/TextPieces.h"
 
-#include <charconv>
-#include <cstdint>
+#include <algorithm>
+#include <cstddef>
 #include <optional>
 
 namespace platform::media {
@@ -21,13 +22,7 @@ std::optional<std::size_t> takeLength(std::string_view& text) {
     text = withoutBlanks(text);
     text.remove_prefix(std::min(text.find('\n'), text.size()));
     text = withoutBlanks(text);
-    std::size_t length = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), length);
-    if (error != std::errc()) {
-        return std::nullopt;
-    }
-    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-    return length;
+    return takeNumber<std::size_t>(text);
 }
 
 } // namespace

@@ -2,12 +2,12 @@
 // GIMP's own format (its developers' documentation, "xcf.txt").
 #include "platform/linux/ByteOrder.h"
 #include "platform/linux/ByteText.h"
+#include "platform/linux/TextPieces.h"
 #include "platform/linux/media/ImageFormats.h"
 
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <charconv>
 #include <cmath>
 #include <string_view>
 
@@ -55,16 +55,9 @@ std::optional<int> versionOf(DataView header) {
     if (hasTextAt(header, field, "file\0"sv)) {
         return 0;
     }
-    std::array<char, digits> text{};
-    for (std::size_t i = 0; i < digits; ++i) {
-        text[i] = std::to_integer<char>(header[field + 1 + i]);
-    }
-    int version = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), version);
-    const bool isNumber = result.ec == std::errc() && result.ptr == text.data() + text.size();
-    return hasTextAt(header, field, "v") && header[field + 4] == std::byte{0} && isNumber
-               ? std::optional(version)
-               : std::nullopt;
+    const bool isVersion = hasTextAt(header, field, "v") && header[field + 4] == std::byte{0};
+    return isVersion ? wholeNumber<int>(charactersOf(header.subspan(field + 1, digits)))
+                     : std::nullopt;
 }
 
 // Goes from number to number.

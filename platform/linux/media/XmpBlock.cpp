@@ -2,13 +2,13 @@
 // Where XMP keeps what Exif and TIFF have fields for: ISO 16684-1, Adobe's "XMP: Additional
 // Properties" ("exif:", "tiff:"), and CIPA DC-010 ("exifEX:").
 #include "platform/linux/Ascii.h"
+#include "platform/linux/TextPieces.h"
 #include "platform/linux/media/ImageText.h"
 #include "platform/linux/media/PhotoBlocks.h"
 #include "platform/linux/media/XmpPacket.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
 #include <initializer_list>
 #include <string>
@@ -38,15 +38,6 @@ std::optional<std::string> textOf(const XmpPacket& packet,
     return std::nullopt;
 }
 
-// Takes a number off the beginning of the text.
-template <class Number>
-std::optional<Number> takeNumber(std::string_view& text) {
-    Number number{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-    return error == std::errc() ? std::optional(number) : std::nullopt;
-}
-
 // "28/10", or "2.8" as some programs write it.
 std::optional<double> numberOf(const XmpPacket& packet, std::string_view name) {
     const auto text = textOf(packet, {name});
@@ -67,9 +58,7 @@ std::optional<double> numberOf(const XmpPacket& packet, std::string_view name) {
 std::optional<std::int64_t> integerOf(const XmpPacket& packet,
                                       std::initializer_list<std::string_view> names) {
     const auto text = textOf(packet, names);
-    std::string_view rest = text ? *text : std::string_view();
-    const auto number = takeNumber<std::int64_t>(rest);
-    return rest.empty() ? number : std::nullopt;
+    return text ? wholeNumber<std::int64_t>(*text) : std::nullopt;
 }
 
 // "2023-07-14T18:30:05+02:00" as Exif writes it: the time that the clocks on the spot showed. The

@@ -1,35 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/pdf/PDFVersion.h"
 
-#include <charconv>
+#include "platform/linux/TextPieces.h"
+
 #include <tuple>
 
 namespace platform::pdf {
-namespace {
-
-// The number at the beginning of `text`, which is left without it; nullopt when there is none.
-std::optional<std::int32_t> takeNumber(std::string_view& text) {
-    std::int32_t number = 0;
-    const char* const end = text.data() + text.size();
-    const auto [rest, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || number < 0) {
-        return std::nullopt;
-    }
-    text = text.substr(static_cast<std::size_t>(rest - text.data()));
-    return number;
-}
-
-} // namespace
 
 PDFDocumentProperties::Version versionIn(std::string_view text) {
-    const auto major = takeNumber(text);
-    if (!major || !text.starts_with('.')) {
+    const auto major = takeNumber<std::int32_t>(text);
+    if (!major || *major < 0 || !text.starts_with('.')) {
         return {};
     }
     text.remove_prefix(1);
-    const auto minor = takeNumber(text);
-    return minor ? PDFDocumentProperties::Version{*major, *minor}
-                 : PDFDocumentProperties::Version();
+    const auto minor = takeNumber<std::int32_t>(text);
+    return minor && *minor >= 0 ? PDFDocumentProperties::Version{*major, *minor}
+                                : PDFDocumentProperties::Version();
 }
 
 PDFDocumentProperties::Version laterOf(const PDFDocumentProperties::Version& one,
