@@ -8,6 +8,10 @@
 /// What holds of the characters of ASCII, whatever the locale. Bytes of others are left alone.
 namespace platform {
 
+[[nodiscard]] constexpr bool isASCII(char character) {
+    return static_cast<unsigned char>(character) < 0x80;
+}
+
 [[nodiscard]] constexpr bool isDigit(char character) {
     return character >= '0' && character <= '9';
 }

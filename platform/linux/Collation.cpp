@@ -36,10 +36,6 @@ icu::StringPiece piece(std::string_view text) {
     return {head.data(), static_cast<int32_t>(head.size())};
 }
 
-bool isASCII(std::string_view text) {
-    return std::ranges::none_of(text, [](char c) { return static_cast<unsigned char>(c) >= 0x80; });
-}
-
 } // namespace
 
 std::weak_ordering localizedCaseInsensitiveCompare(std::string_view first,
@@ -58,7 +54,7 @@ std::weak_ordering localizedCaseInsensitiveCompare(std::string_view first,
 }
 
 std::string lowercase(std::string_view text) {
-    if (isASCII(text) || text.size() > maximumLength || !isUTF8(text)) {
+    if (std::ranges::all_of(text, isASCII) || text.size() > maximumLength || !isUTF8(text)) {
         return lowercaseASCII(text);
     }
     std::string result;

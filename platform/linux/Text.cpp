@@ -2,6 +2,7 @@
 #include "platform/Text.h"
 
 #include "platform/LocalizedStrings.h"
+#include "platform/linux/Ascii.h"
 #include "platform/linux/Utf8.h"
 
 #include <algorithm>
@@ -9,10 +10,6 @@
 
 namespace platform::Text {
 namespace {
-
-bool isASCII(char c) {
-    return static_cast<unsigned char>(c) < 0x80;
-}
 
 // How many units of UTF-16 a byte of UTF-8 stands for: one where a character begins, and two where
 // one of four bytes does.
@@ -33,12 +30,10 @@ std::string fromISOLatin1(DataView bytes) {
     std::string text;
     text.reserve(characters.size() + static_cast<std::size_t>(longer));
     for (const char c : characters) {
-        const auto number = static_cast<unsigned char>(c);
         if (isASCII(c)) {
             text.push_back(c);
         } else {
-            text.push_back(static_cast<char>(0xC0U | (number >> 6U)));
-            text.push_back(static_cast<char>(0x80U | (number & 0x3FU)));
+            appendUTF8(text, static_cast<unsigned char>(c));
         }
     }
     return text;
