@@ -6,6 +6,7 @@
 #include "platform/linux/Descriptor.h"
 #include "platform/linux/worker/AssetQuestion.h"
 #include "tests/unit/support/AssetDescription.h"
+#include "tests/unit/support/ByteWriter.h"
 #include "tests/unit/support/MediaSamples.h"
 #include "tests/unit/support/MemoryFile.h"
 #include "tests/unit/support/OpenWatch.h"
@@ -17,9 +18,11 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <limits>
 #include <map>
 #include <set>
 #include <sstream>
@@ -164,6 +167,22 @@ TEST_F(AvReader, ReadsItemsOnlyWhenAsked) {
         whole->commonMetadata.clear();
         EXPECT_EQ(whole, readSample(sample.name, false)) << sample.name;
     }
+}
+
+// Behind a tag, the largest place that the library can ask for lies beyond what can be counted.
+TEST_F(AvReader, StaysWhereItIsWhenItCannotGoOn) {
+    constexpr std::size_t descriptionEnd = 52;
+    constexpr std::size_t headSize = 12;
+    const std::string tag("ID3\4\0\0\0\0\0\0", 10);
+    const std::string plain = contentsOf("plain-caf.alac");
+    const std::uint64_t size =
+        std::numeric_limits<std::int64_t>::max() - (descriptionEnd + headSize);
+    const std::string endless = ByteWriter().text("free").big(size, 8).bytes();
+    const auto found = readBytes(tag + plain);
+    ASSERT_TRUE(found && found->audioTracks.size() == 1);
+    EXPECT_EQ(
+        readBytes(tag + plain.substr(0, descriptionEnd) + endless + plain.substr(descriptionEnd)),
+        found);
 }
 
 TEST_F(AvReader, IsAsGoodInTheConfinedProcess) {

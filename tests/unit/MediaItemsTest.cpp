@@ -138,6 +138,26 @@ TEST(MediaItems, OfQuickTimeMayHaveKeys) {
         (Texts{"t=T", "a=A"}));
 }
 
+TEST(MediaItems, OfQuickTimeHaveNoKeysBehindADamagedOne) {
+    const std::string title = "com.apple.quicktime.title";
+    const std::string key = bigEndian(8 + title.size(), 4) + "mdta" + title;
+    const auto itemsWith = [&key](const std::string& damaged) {
+        const std::string keys =
+            isoBox("keys", bigEndian(0, 4) + bigEndian(3, 4) + key + damaged + key);
+        const std::string list =
+            isoBox("ilst", value(bigEndian(1, 4), "first") + value(bigEndian(2, 4), "second") +
+                               value(bigEndian(3, 4), "third"));
+        return mp4(
+            isoBox("moov", isoBox("meta", isoBox("hdlr", std::string(24, '\0')) + keys + list)));
+    };
+    const Texts first{"t=first"};
+    EXPECT_EQ(itemsWith(bigEndian(0, 4) + "mdta"), first);
+    EXPECT_EQ(itemsWith(bigEndian(7, 4) + "mdta"), first);
+    EXPECT_EQ(itemsWith(bigEndian(8 + key.size() + 1, 4) + "mdta"), first);
+    EXPECT_EQ(itemsWith(bigEndian(0xFFFFFFFF, 4) + "mdta"), first);
+    EXPECT_EQ(itemsWith(bigEndian(8, 4) + "mdta"), (Texts{"t=first", "t=third"}));
+}
+
 TEST(MediaItems, OfPhonesAreTextsInTwoEncodings) {
     EXPECT_EQ(inUserData(isoBox("titl", std::string(6, '\0') + "T\0"s) +
                          isoBox("perf", std::string(6, '\0') + "\xFE\xFF\0A\0\0"s) +
@@ -154,6 +174,13 @@ TEST(MediaItems, OfDamagedMp4EndWhereTheDamageIs) {
         Texts());
     EXPECT_EQ(inUserData(bigEndian(1, 4) + "free" + bigEndian(0xFFFFFFFFFFFFFFFF, 8)), Texts());
     EXPECT_EQ(mp4(isoBox("moov", isoBox("meta", ""))), Texts());
+    // A value without its kind and its language.
+    EXPECT_EQ(
+        inUserData(isoBox(
+            "meta", bigEndian(0, 4) +
+                        isoBox("ilst", isoBox("\xA9nam", isoBox("data", bigEndian(1, 4) + "123"))) +
+                        list)),
+        Texts{"t=T"});
     // More boxes than any file has.
     std::string many;
     for (int i = 0; i < 20'000; ++i) {

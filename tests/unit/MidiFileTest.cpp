@@ -85,6 +85,7 @@ TEST(MidiFile, PlaysAtTheTempoOfTheMoment) {
     EXPECT_EQ(durationOf(music({tempo(96, 1'000'000) + note(quarter)})), 1.5);
     EXPECT_EQ(durationOf(music({note(quarter), tempo(48, 1'000'000)})), 0.75);
     EXPECT_EQ(durationOf(music({tempo(0, 0) + note(quarter)})), 0.0);
+    EXPECT_EQ(durationOf(music({note(quarter) + tempo(0, 1'000'000)})), 0.5);
     // Not three bytes: no tempo.
     EXPECT_EQ(durationOf(music({"\0\xFF\x51\2\0\0"s + note(quarter)})), 0.5);
 }

@@ -101,13 +101,10 @@ Code codeOfRawVideo(const AVCodecParameters& format) {
 }
 
 // The kind of AAC, by the first bits of its description (ISO/IEC 14496-3, AudioSpecificConfig):
-// five of them, or six more behind five that are set.
+// five of them, or six more behind five that are set. Two bytes at least.
 unsigned aacObjectType(std::span<const std::uint8_t> description) {
     constexpr unsigned escape = 31;
     constexpr unsigned firstEscaped = 32;
-    if (description.size() < 2) {
-        return 0;
-    }
     const unsigned bits = description[0] * 256U + description[1];
     const unsigned type = bits >> 11U;
     return type == escape ? firstEscaped + ((bits >> 5U) & 0x3FU) : type;

@@ -154,10 +154,7 @@ public:
         const auto playUntil = [&](std::uint64_t tick) {
             microseconds += static_cast<double>(tick - now.tick) * now.microseconds;
         };
-        for (const Tempo& next : music.tempos) {
-            if (next.tick >= music.end) {
-                break;
-            }
+        for (const Tempo& next : music.tempos) { // none of which comes after the end
             playUntil(next.tick);
             now = next;
         }
