@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -133,6 +134,16 @@ TEST(AssetAnswer, IsRefusedInAnotherForm) {
     EXPECT_FALSE(isRead(list({infinity, list({}), list({}), list({})})));
     EXPECT_FALSE(isRead(list({std::int64_t{1}, list({}), list({}), list({})})));
     EXPECT_FALSE(isRead(list({nullptr, nullptr, list({}), list({})})));
+}
+
+TEST(AssetAnswer, IsRefusedWhenItsBytesAreNone) {
+    const auto isRead = [](std::string_view bytes) {
+        return decodedMediaAsset(platform::bytesOf(bytes)).has_value();
+    };
+    EXPECT_TRUE(isRead("\x84\xF6\x80\x80\x80"));
+    EXPECT_FALSE(isRead(""));
+    EXPECT_FALSE(isRead("\x84\xF6\x80\x80"));
+    EXPECT_FALSE(isRead("\xFF"));
 }
 
 TEST(AssetAnswer, TracksAreRefusedInAnotherForm) {

@@ -118,8 +118,12 @@ TEST(ImageAnswer, IsRefusedWithAValueThatMayNotPass) {
     EXPECT_FALSE(isRead("exif", object("isoSpeedRatings", Json(numbers))));
     numbers.emplace_back(std::int64_t{100});
     EXPECT_TRUE(isRead("exif", object("isoSpeedRatings", Json(numbers))));
-    numbers.emplace_back("100");
-    EXPECT_FALSE(isRead("exif", object("isoSpeedRatings", Json(numbers))));
+    EXPECT_FALSE(isRead("exif", object("isoSpeedRatings", Json(std::int64_t{100}))));
+    for (const Json& other : {Json("100"), Json(std::int64_t{-1}), Json(largest + 1)}) {
+        Json::Array more = numbers;
+        more.push_back(other);
+        EXPECT_FALSE(isRead("exif", object("isoSpeedRatings", Json(more))));
+    }
 }
 
 TEST(ImageAnswer, IsRefusedWithMembersThatAreUnknownOrTwiceThere) {

@@ -104,6 +104,14 @@ TEST(MediaAnswer, IsRefusedWhenItIsNone) {
     });
 }
 
+TEST(MediaAnswer, IsRefusedWithAnOutcomeThatThereIsNot) {
+    for (const unsigned number : {0U, 4U, 0xFFFFU}) {
+        const auto outcome = static_cast<Outcome>(number);
+        EXPECT_FALSE(decodedAnswer(encodedAnswerHead(outcome, 1)));
+        EXPECT_FALSE(decodedAnswer(dataOf(encodedAnswerHead(outcome, 1), 1)));
+    }
+}
+
 TEST(MediaAnswer, HasAValueOnlyWhenItSaysSo) {
     EXPECT_FALSE(decodedAnswer(encodedAnswerHead(Outcome::value, 1)));
     EXPECT_FALSE(decodedAnswer(dataOf(encodedAnswerHead(Outcome::nothing, 1), 1)));

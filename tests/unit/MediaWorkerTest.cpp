@@ -90,8 +90,8 @@ TEST_P(MisbehavingMediaWorker, CostsTheFileAtHandAlone) {
 
 INSTANTIATE_TEST_SUITE_P(Ways, MisbehavingMediaWorker,
                          ::testing::Values("crash", "abort", "exit", "garbage x",
-                                           "garbage a message as long as its head", "half", "huge",
-                                           "wrong-number", "value x", "value \xA1\x61x\x01",
+                                           "garbage a message as long as its head", "half", "ready",
+                                           "huge", "wrong-number", "value x", "value \xA1\x61x\x01",
                                            "value \xA1\x6ApixelWidth\x20",
                                            "value \xA1\x6AimageCount\x02"));
 

@@ -92,6 +92,12 @@ TEST(PDFAnswer, IsRefusedWithAnotherType) {
     EXPECT_FALSE(isRead(Json(nullptr)));
 }
 
+TEST(PDFAnswer, IsRefusedWhenItsBytesAreNone) {
+    EXPECT_FALSE(platform::worker::decodedPDFProperties({}));
+    EXPECT_FALSE(platform::worker::decodedPDFProperties(platform::bytesOf("\xFF")));
+    EXPECT_FALSE(platform::worker::decodedPDFProperties(platform::bytesOf("\xA1")));
+}
+
 TEST(PDFAnswer, IsRefusedWithAValueThatMayNotPass) {
     EXPECT_FALSE(isRead("pageCount", Json(std::int64_t{-1})));
     EXPECT_FALSE(isRead("pageCount", Json(largest + 1)));

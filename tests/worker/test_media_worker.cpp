@@ -192,6 +192,13 @@ Answer half(const Job& job) {
     return std::nullopt;
 }
 
+// What is said to no request, and without a value.
+Answer ready(const Job& job) {
+    sendMessage(
+        platform::worker::encodedAnswerHead(MediaAnswer::Outcome::ready, job.request.number), {});
+    return std::nullopt;
+}
+
 Answer huge(const Job& job) {
     sendAnswer(job.request.number, Data(platform::worker::maximumMessageSize));
     return std::nullopt;
@@ -268,6 +275,7 @@ const std::map<std::string_view, std::function<Answer(const Job&)>> words{
     {"merged-memory", mergedMemory},
     {"garbage", garbage},
     {"half", half},
+    {"ready", ready},
     {"huge", huge},
     {"value", value},
     {"value-of-less", valueOfLess},
