@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/linux/hdiutil/AttachRecord.h"
 
-#include "platform/linux/Utf8.h"
-#include "platform/linux/hdiutil/WorkFolders.h"
 #include "tests/unit/support/EnvironmentVariable.h"
 #include "tests/unit/support/TemporaryFolder.h"
 
@@ -14,7 +12,6 @@ using platform::PropertyList;
 using platform::hdiutil::AttachRecord;
 using platform::hdiutil::AttachRecords;
 using platform::hdiutil::MountMethod;
-using platform::hdiutil::WorkFolders::folderNameForLabel;
 
 AttachRecord record() {
     return {"/a/image\xFF.dmg",
@@ -53,6 +50,27 @@ TEST(AttachRecord, IsNotReadFromAnythingElse) {
     EXPECT_EQ(AttachRecord::fromPropertyList(strange), std::nullopt);
 }
 
+TEST(AttachRecord, NeedsTheMountPointAndTheMethodOfAVolume) {
+    const PropertyList list = record().asPropertyList();
+    const auto isRead = [&list](PropertyList::Dictionary volume) {
+        PropertyList::Dictionary changed = *list.dictionary();
+        changed.insert_or_assign("volumes", PropertyList::Array{std::move(volume)});
+        return AttachRecord::fromPropertyList(changed).has_value();
+    };
+    const PropertyList::Dictionary whole =
+        *list.valueForKey("volumes")->array()->front().dictionary();
+    EXPECT_TRUE(isRead(whole));
+    for (const char* const key : {"mount-point", "method"}) {
+        PropertyList::Dictionary volume = whole;
+        volume.erase(key);
+        EXPECT_FALSE(isRead(volume)) << key;
+        volume.emplace(key, PropertyList(std::int64_t{0}));
+        EXPECT_FALSE(isRead(volume)) << key;
+        volume.insert_or_assign(key, "magic");
+        EXPECT_FALSE(isRead(volume)) << key;
+    }
+}
+
 TEST(AttachRecord, NeedsAllOfADeviceOfTheService) {
     const PropertyList list = record().asPropertyList();
     const PropertyList volume = list.valueForKey("volumes")->array()->back();
@@ -60,6 +78,9 @@ TEST(AttachRecord, NeedsAllOfADeviceOfTheService) {
         PropertyList::Dictionary lacking = *volume.dictionary();
         lacking.insert_or_assign(key, PropertyList(std::int64_t{-1}));
         PropertyList::Dictionary changed = *list.dictionary();
+        changed.insert_or_assign("volumes", PropertyList::Array{lacking});
+        EXPECT_EQ(AttachRecord::fromPropertyList(changed), std::nullopt) << key;
+        lacking.erase(key);
         changed.insert_or_assign("volumes", PropertyList::Array{lacking});
         EXPECT_EQ(AttachRecord::fromPropertyList(changed), std::nullopt) << key;
     }
@@ -81,27 +102,6 @@ TEST(AttachRecords, KeepWhatIsSaidOfManyVolumes) {
     const auto kept = records->all();
     ASSERT_EQ(kept.size(), 1U);
     EXPECT_TRUE(kept.front() == many);
-}
-
-TEST(FolderName, IsThatOfTheLabel) {
-    EXPECT_EQ(folderNameForLabel("My Disk"), "My Disk");
-    EXPECT_EQ(folderNameForLabel("Übung"), "Übung");
-    EXPECT_EQ(folderNameForLabel("a/b"), "a:b");
-    EXPECT_EQ(folderNameForLabel("a\n\x01\x7F"
-                                 "b"),
-              "ab");
-    EXPECT_EQ(folderNameForLabel("\xFF"), "\uFFFD");
-}
-
-TEST(FolderName, IsNeverThatOfAnotherFolder) {
-    for (const char* const label : {"", ".", "..", "\n"}) {
-        EXPECT_EQ(folderNameForLabel(label), "Untitled");
-    }
-    EXPECT_EQ(folderNameForLabel("../.."), "..:..");
-    EXPECT_EQ(folderNameForLabel("\xEF\xBF\xBE"), "\uFFFD");
-    EXPECT_LT(folderNameForLabel(std::string(5000, '\xFF')).size(), 256U);
-    EXPECT_TRUE(platform::isUTF8(folderNameForLabel(std::string(1, 'x').append(5000, '\xFF'))));
-    EXPECT_LT(folderNameForLabel(std::string(5000, 'x')).size(), 256U);
 }
 
 } // namespace

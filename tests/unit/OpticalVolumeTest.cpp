@@ -183,6 +183,78 @@ TEST(OpticalVolume, ReadsABoundedNumberOfDescriptors) {
     EXPECT_EQ(described(readOpticalFeatures(disc)), "iso LABEL");
 }
 
+// A descriptor that says with `escape` which characters its names have.
+void putSupplementary(MemorySource& disc, std::size_t at, std::string_view escape,
+                      std::string_view label) {
+    disc.put(at * sector, "\2CD001\1"sv);
+    disc.put(at * sector + 88, escape);
+    for (std::size_t i = 0; i < 16; ++i) {
+        disc.put(at * sector + 40 + 2 * i, "\0"sv);
+        disc.put(at * sector + 41 + 2 * i, i < label.size() ? label.substr(i, 1) : " ");
+    }
+}
+
+TEST(OpticalVolume, TellsJolietByEachOfItsLevels) {
+    const auto withEscape = [](std::string_view escape) {
+        MemorySource disc(64 * sector);
+        putPrimary(disc, 16);
+        putSupplementary(disc, 17, escape, "Joliet");
+        return described(readOpticalFeatures(disc));
+    };
+    EXPECT_EQ(withEscape("%/@"), "iso joliet Joliet");
+    EXPECT_EQ(withEscape("%/C"), "iso joliet Joliet");
+    EXPECT_EQ(withEscape("%/E"), "iso joliet Joliet");
+    EXPECT_EQ(withEscape("%/G"), "iso LABEL");
+    EXPECT_EQ(withEscape(""), "iso LABEL");
+}
+
+TEST(OpticalVolume, BelievesTheFirstOfEachDescriptor) {
+    MemorySource disc(64 * sector);
+    putPrimary(disc, 16);
+    putPrimary(disc, 17);
+    disc.put(17 * sector + 40, "OTHER");
+    EXPECT_EQ(described(readOpticalFeatures(disc)), "iso LABEL");
+    putSupplementary(disc, 18, "%/E", "Joliet");
+    putSupplementary(disc, 19, "%/E", "Other");
+    EXPECT_EQ(described(readOpticalFeatures(disc)), "iso joliet Joliet");
+}
+
+TEST(OpticalVolume, TellsElToritoByItsName) {
+    MemorySource disc(64 * sector);
+    putPrimary(disc, 16);
+    disc.put(17 * sector, "\0CD001\1ANOTHER SYSTEM"sv);
+    EXPECT_EQ(described(readOpticalFeatures(disc)), "iso LABEL");
+    disc.put(17 * sector, "\0CD001\1EL TORITO SPECIFICATION"sv);
+    EXPECT_EQ(described(readOpticalFeatures(disc)), "iso torito LABEL");
+}
+
+TEST(OpticalVolume, LooksBehindDescriptorsOfOtherStandards) {
+    const auto behind = [](std::string_view first, std::string_view second) {
+        MemorySource disc(64 * sector);
+        disc.put(16 * sector + 1, first);
+        disc.put(17 * sector + 1, second);
+        disc.put(19 * sector + 1, "BEA01");
+        disc.put(20 * sector + 1, "NSR02");
+        return described(readOpticalFeatures(disc));
+    };
+    EXPECT_EQ(behind("BOOT2", "CDW02"), "udf ");
+    EXPECT_EQ(behind("CDW02", "BOOT2"), "udf ");
+    EXPECT_EQ(behind("BOOT2", "OTHER"), "nothing");
+}
+
+TEST(OpticalVolume, IsNotUdfBehindTheEndOfTheExtendedArea) {
+    MemorySource disc(64 * sector);
+    disc.put(16 * sector + 1, "BEA01");
+    disc.put(17 * sector + 1, "TEA01");
+    disc.put(18 * sector + 1, "NSR03");
+    EXPECT_EQ(described(readOpticalFeatures(disc)), "nothing");
+    disc.put(19 * sector + 1, "BEA01");
+    disc.put(20 * sector + 1, "NSR03");
+    disc.put(21 * sector + 1, "TEA01");
+    disc.put(22 * sector + 1, "NSR03");
+    EXPECT_EQ(described(readOpticalFeatures(disc)), "udf ");
+}
+
 TEST(OpticalVolume, NeedsTheBeginningOfTheExtendedArea) {
     MemorySource disc(64 * sector);
     disc.put(16 * sector, "\0NSR02\1"sv);

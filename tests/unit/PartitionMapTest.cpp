@@ -3,6 +3,7 @@
 #include "platform/linux/hdiutil/PartitionMap.h"
 
 #include "tests/unit/support/MemorySource.h"
+#include "tests/unit/support/PartitionPlaces.h"
 
 #include <vector>
 
@@ -10,32 +11,12 @@
 
 namespace {
 
-using platform::hdiutil::Partition;
 using platform::hdiutil::PartitionMap;
 using platform::hdiutil::readPartitionMap;
 using Scheme = PartitionMap::Scheme;
 using namespace std::string_view_literals;
 
 constexpr std::size_t megabyte = 1U << 20U;
-
-struct Place {
-    unsigned number;
-    std::uint64_t firstByte;
-    std::uint64_t byteLength;
-    bool operator==(const Place&) const = default;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Place& place) {
-    return stream << place.number << ": " << place.firstByte << " + " << place.byteLength;
-}
-
-std::vector<Place> places(const PartitionMap& map) {
-    std::vector<Place> result;
-    for (const Partition& partition : map.partitions) {
-        result.push_back({partition.number, partition.firstByte, partition.byteLength});
-    }
-    return result;
-}
 
 // MBR
 
@@ -97,7 +78,59 @@ TEST(MasterBootRecord, IsNotSeenInBootSectorsOfFileSystems) {
     EXPECT_EQ(schemeOf(0, fat), Scheme::none);
     // A loader that jumps, but has no parameters of a volume where FAT has them.
     EXPECT_EQ(schemeOf(0, fat.substr(0, 11)), Scheme::mbr);
-    EXPECT_EQ(schemeOf(0, "\xEB\x3C\x90mkfs.fat\0\2\3\1\0\2\0\2\0\x08\xF8"sv), Scheme::mbr);
+    // Each of these numbers another one.
+    const auto withByte = [&](std::size_t offset, unsigned value) {
+        std::string changed(fat);
+        changed.at(offset) = static_cast<char>(value);
+        return schemeOf(0, changed);
+    };
+    for (const auto& [offset, value] : {std::pair(0U, 0xE9U),
+                                        {12U, 0x10U},
+                                        {13U, 0x80U},
+                                        {14U, 32U},
+                                        {16U, 1U},
+                                        {21U, 0xF0U},
+                                        {21U, 0xFFU}}) {
+        EXPECT_EQ(withByte(offset, value), Scheme::none) << offset << ' ' << value;
+    }
+    for (const auto& [offset, value] : {std::pair(2U, 0U),
+                                        {0U, 0xFAU},
+                                        {11U, 1U},
+                                        {12U, 1U},
+                                        {12U, 3U},
+                                        {12U, 0x20U},
+                                        {13U, 0U},
+                                        {13U, 3U},
+                                        {14U, 0U},
+                                        {16U, 0U},
+                                        {16U, 3U},
+                                        {21U, 0xF7U}}) {
+        EXPECT_EQ(withByte(offset, value), Scheme::mbr) << offset << ' ' << value;
+    }
+}
+
+TEST(MasterBootRecord, HasExtendedPartitionsOfThreeTypes) {
+    for (const unsigned type : {0x05U, 0x0FU, 0x85U}) {
+        MemorySource disk(megabyte);
+        putEntry(disk, 0, 0, type, 100, 1000);
+        putEntry(disk, 100, 0, 0x83, 1, 10);
+        putEntry(disk, 100, 1, type, 50, 100);
+        putEntry(disk, 150, 0, 0x83, 1, 10);
+        EXPECT_EQ(places(readPartitionMap(disk)),
+                  (std::vector<Place>{{5, 101 * 512, 5120}, {6, 151 * 512, 5120}}))
+            << type;
+    }
+}
+
+TEST(MasterBootRecord, ExtendedPartitionsOfNoLengthLeadNowhere) {
+    MemorySource disk(megabyte);
+    putEntry(disk, 0, 0, 0x05, 100, 1000);
+    putEntry(disk, 0, 1, 0x05, 200, 0);
+    putEntry(disk, 100, 0, 0x83, 1, 10);
+    putEntry(disk, 100, 1, 0x05, 50, 0);
+    putEntry(disk, 150, 0, 0x83, 1, 10);
+    putEntry(disk, 200, 0, 0x83, 1, 10);
+    EXPECT_EQ(places(readPartitionMap(disk)), (std::vector<Place>{{5, 101 * 512, 5120}}));
 }
 
 TEST(MasterBootRecord, ChainsThatLeadBackEnd) {
@@ -233,6 +266,37 @@ TEST(GuidPartitionTable, NeedsBothChecksums) {
     EXPECT_EQ(readPartitionMap(disk).scheme, Scheme::none);
 }
 
+TEST(GuidPartitionTable, NeedsToBeWrittenForItsPlace) {
+    MemorySource disk(megabyte);
+    sealGpt(disk, {});
+    disk.putLittle(512 + 24, 2, 8);
+    disk.putLittle(512 + 16, 0, 4);
+    disk.putLittle(512 + 16, crc(disk, 512, 92), 4);
+    EXPECT_EQ(readPartitionMap(disk).scheme, Scheme::none);
+    disk.putLittle(512 + 24, 1, 8);
+    disk.putLittle(512 + 16, 0, 4);
+    disk.putLittle(512 + 16, crc(disk, 512, 92), 4);
+    EXPECT_EQ(readPartitionMap(disk).scheme, Scheme::gpt);
+}
+
+TEST(GuidPartitionTable, IsNoneWhereItCannotBeRead) {
+    MemorySource disk(megabyte);
+    sealGpt(disk, {});
+    ASSERT_EQ(readPartitionMap(disk).scheme, Scheme::gpt);
+    for (const std::size_t block : {std::size_t{1}, entriesAt}) {
+        disk.breakAt(block * 512);
+        EXPECT_EQ(readPartitionMap(disk).scheme, Scheme::none) << block;
+    }
+}
+
+TEST(GuidPartitionTable, IsNoneWhereThereIsNoRoomForIt) {
+    for (const std::size_t size : {512U, 1023U, 1024U, 2048U, 4096U, 4097U}) {
+        MemorySource disk(size);
+        putEntry(disk, 0, 0, 0xEE, 1, 0xFFFFFFFF);
+        EXPECT_EQ(readPartitionMap(disk).scheme, Scheme::none) << size;
+    }
+}
+
 TEST(GuidPartitionTable, NeedsSaneNumbers) {
     const auto schemeOf = [](const Gpt& gpt) {
         MemorySource disk(8 * megabyte);
@@ -275,71 +339,6 @@ TEST(GuidPartitionTable, ThatIsLostLeavesTheOthersOfItsMbr) {
     const PartitionMap map = readPartitionMap(disk);
     EXPECT_EQ(map.scheme, Scheme::mbr);
     EXPECT_EQ(places(map), (std::vector<Place>{{2, 51200, 5120}}));
-}
-
-// Apple's
-
-MemorySource appleDisk(std::uint32_t namedBlockSize, std::uint32_t blockSize, std::uint32_t count) {
-    MemorySource disk(megabyte);
-    disk.put(0, "ER");
-    disk.putBig(2, namedBlockSize, 2);
-    for (std::uint32_t i = 1; i <= 3; ++i) {
-        const std::size_t at = std::size_t{i} * blockSize;
-        disk.put(at, "PM");
-        disk.putBig(at + 4, count, 4);
-        disk.putBig(at + 8, 10 * i, 4);
-        disk.putBig(at + 12, i, 4);
-        disk.put(at + 16, "disk image\0rest"sv);
-        disk.put(at + 48, "Apple_HFSX\0rest"sv);
-    }
-    return disk;
-}
-
-TEST(ApplePartitionMap, IsReadInBlocksOfEitherSize) {
-    for (const std::uint32_t blockSize : {512U, 2048U}) {
-        const PartitionMap map = readPartitionMap(appleDisk(blockSize, blockSize, 2));
-        EXPECT_EQ(map.scheme, Scheme::apple);
-        EXPECT_EQ(map.blockSize, blockSize);
-        ASSERT_EQ(places(map), (std::vector<Place>{{1, 10 * blockSize, blockSize},
-                                                   {2, 20 * blockSize, 2 * blockSize}}));
-        EXPECT_EQ(map.partitions[1].name, "disk image");
-        EXPECT_EQ(map.partitions[1].hint, "Apple_HFSX");
-    }
-}
-
-TEST(ApplePartitionMap, MayCountInSmallerBlocksThanTheMedium) {
-    const PartitionMap map = readPartitionMap(appleDisk(2048, 512, 2));
-    EXPECT_EQ(map.scheme, Scheme::apple);
-    EXPECT_EQ(map.blockSize, 512U);
-    EXPECT_EQ(map.partitions.size(), 2U);
-}
-
-TEST(ApplePartitionMap, NeedsASaneBlockSizeAndAnEntry) {
-    EXPECT_EQ(readPartitionMap(appleDisk(0, 1024, 3)).scheme, Scheme::none);
-    EXPECT_EQ(readPartitionMap(appleDisk(1, 1024, 3)).scheme, Scheme::none);
-    EXPECT_EQ(readPartitionMap(appleDisk(65535, 1024, 3)).scheme, Scheme::none);
-    MemorySource disk(megabyte);
-    disk.put(0, "ER\2\0"sv);
-    EXPECT_EQ(readPartitionMap(disk).scheme, Scheme::none);
-}
-
-TEST(ApplePartitionMap, EndsWithItsEntries) {
-    EXPECT_EQ(readPartitionMap(appleDisk(512, 512, 0xFFFFFFFF)).partitions.size(), 3U);
-    EXPECT_EQ(readPartitionMap(appleDisk(512, 512, 0)).partitions.size(), 1U);
-    MemorySource full = appleDisk(512, 512, 0xFFFFFFFF);
-    for (std::uint32_t i = 1; i < 1000; ++i) {
-        full.put(std::size_t{i} * 512, "PM");
-        full.putBig(std::size_t{i} * 512 + 12, 1, 4);
-    }
-    EXPECT_EQ(readPartitionMap(full).partitions.size(), 256U);
-}
-
-TEST(ApplePartitionMap, PartitionsEndWithTheDisk) {
-    MemorySource disk = appleDisk(512, 512, 3);
-    disk.putBig(512 + 12, 0xFFFFFFFF, 4);
-    disk.putBig(1024 + 8, 0xFFFFFFFF, 4);
-    disk.putBig(1536 + 12, 0, 4);
-    EXPECT_EQ(places(readPartitionMap(disk)), (std::vector<Place>{{1, 5120, megabyte - 5120}}));
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "tests/unit/support/TemporaryFolder.h"
 
 #include <filesystem>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -30,6 +31,13 @@ std::shared_ptr<const SparseImage> imageOf(const TemporaryFolder& folder,
     auto opened = SparseImage::open(fileOf(folder, bytes));
     const auto* image = std::get_if<std::shared_ptr<const SparseImage>>(&opened);
     return image == nullptr ? nullptr : *image;
+}
+
+// Why there is no such image.
+std::string reasonFor(const TemporaryFolder& folder, const std::string& bytes) {
+    const auto opened = SparseImage::open(fileOf(folder, bytes));
+    const auto* reason = std::get_if<std::string>(&opened);
+    return reason == nullptr ? "" : *reason;
 }
 
 std::string allOf(const ByteSource& source) {
@@ -96,6 +104,21 @@ TEST(SparseImage, GoesOnBehindAFullHeader) {
                                            sparseImageHeader(1, places + 1, {places + 1}) + last);
     ASSERT_TRUE(image);
     EXPECT_EQ(allOf(*image), bands + last);
+}
+
+TEST(SparseImage, IsRefusedWhenALaterHeaderIsCutOff) {
+    constexpr std::uint32_t places = (4096 - 64) / 4;
+    const TemporaryFolder folder;
+    std::vector<std::uint32_t> first(places);
+    std::iota(first.begin(), first.end(), 1U);
+    const std::string start =
+        sparseImageHeader(1, places + 1, first) + std::string(places * sectorSize, 'a');
+    const std::string header = sparseImageHeader(1, places + 1, {});
+    EXPECT_TRUE(imageOf(folder, start));
+    EXPECT_TRUE(imageOf(folder, start + header));
+    EXPECT_EQ(reasonFor(folder, start + header.substr(0, 4095)),
+              "a header of the sparse image is cut off");
+    EXPECT_EQ(reasonFor(folder, start + "sprs"), "a header of the sparse image is cut off");
 }
 
 TEST(SparseImage, IsRefusedWhenItIsDamaged) {

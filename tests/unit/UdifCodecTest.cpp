@@ -4,7 +4,10 @@
 #include "tests/unit/support/MemorySource.h"
 #include "tests/unit/support/UdifWriter.h"
 
+#include <cstring>
+
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 
 namespace {
 
@@ -73,6 +76,23 @@ TEST(UdifCodec, IgnoresWhatFollowsAStream) {
     for (const Kind kind : {Kind::zlib, Kind::bzip2, Kind::lzma}) {
         EXPECT_EQ(expanded(kind, udif::packed(kind, disk) + "more", disk.size()), disk);
     }
+}
+
+// bzip2's library counts in 32 bits.
+TEST(UdifCodec, RefusesMoreThanBzip2CanCount) {
+    constexpr std::size_t uncountable = std::size_t{1} << 32U;
+    const std::string disk = udif::sampleDisk(4);
+    const std::string packed = udif::packed(Kind::bzip2, disk);
+    const std::size_t size = uncountable + packed.size();
+    // Nothing but the pages that are written takes up memory.
+    void* const memory = ::mmap(nullptr, size, PROT_READ | PROT_WRITE,
+                                MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    std::memcpy(memory, packed.data(), packed.size());
+    const std::string_view input(static_cast<const char*>(memory), size);
+    EXPECT_EQ(expanded(Kind::bzip2, input.substr(0, packed.size()), disk.size()), disk);
+    EXPECT_EQ(expanded(Kind::bzip2, input, disk.size()), "-");
+    ::munmap(memory, size);
 }
 
 TEST(UdifCodec, LeavesOtherKindsAlone) {

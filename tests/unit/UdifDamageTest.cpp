@@ -151,6 +151,29 @@ TEST(UdifDamage, ListsWithoutTablesAreMalformed) {
     }
 }
 
+TEST(UdifDamage, ListsOfOtherValuesAreMalformed) {
+    const auto withList = [](const std::string& value) {
+        const std::string list = "<plist version=\"1.0\">" + value + "</plist>";
+        const udif::Parts parts = goodParts();
+        return outcome(parts.dataFork + list + udif::trailerOf(parts, 0, list.size()));
+    };
+    const auto withFork = [&](const std::string& fork) {
+        return withList("<dict><key>resource-fork</key>" + fork + "</dict>");
+    };
+    const auto withTables = [&](const std::string& tables) {
+        return withFork("<dict><key>blkx</key>" + tables + "</dict>");
+    };
+    EXPECT_EQ(withTables("<array/>"), "damaged: there are no block tables");
+    EXPECT_EQ(withTables("<array><dict><key>Data</key><data>AAAA</data></dict></array>"),
+              "damaged: a block table is malformed");
+    EXPECT_EQ(withList("<array/>"), malformed);
+    EXPECT_EQ(withFork("<string>blkx</string>"), malformed);
+    EXPECT_EQ(withTables("<dict/>"), malformed);
+    EXPECT_EQ(withTables("<array><string>Data</string></array>"), malformed);
+    EXPECT_EQ(withTables("<array><dict><key>Data</key><string>AAAA</string></dict></array>"),
+              malformed);
+}
+
 TEST(UdifDamage, ListsBeyondTheLimitAreNotRead) {
     udif::Parts parts = goodParts();
     parts.dataFork.resize((std::size_t{16} << 20U) + 1);
@@ -159,6 +182,17 @@ TEST(UdifDamage, ListsBeyondTheLimitAreNotRead) {
     udif::put(bytes, trailer + 216, std::uint64_t{0});
     udif::put(bytes, trailer + 224, std::uint64_t{parts.dataFork.size()});
     EXPECT_EQ(outcome(bytes), "unsupported: the list of block tables is larger than 16 MiB");
+}
+
+TEST(UdifDamage, ListsThatCannotBeReadAreDamage) {
+    const std::string bytes = udif::imageOf(goodParts());
+    MemorySource file(bytes);
+    file.breakAt(bytes.find("<plist"));
+    const auto result = readUdif(file);
+    const auto* const error = std::get_if<UdifError>(&result);
+    ASSERT_NE(error, nullptr);
+    EXPECT_EQ(error->kind, UdifError::Kind::damaged);
+    EXPECT_EQ(error->reason, "the list of block tables cannot be read");
 }
 
 TEST(UdifDamage, ChunksStayInTheirTable) {
@@ -286,12 +320,22 @@ TEST(UdifDamage, ResourceForksAreChecked) {
             EXPECT_EQ(outcome(changed), malformed) << field;
         }
     }
+    const auto withLength = [&, &image = bytes](std::size_t length) {
+        std::string changed = image;
+        udif::put(changed, changed.size() - udif::trailerSize + 48, std::uint64_t{length});
+        return outcome(changed);
+    };
+    EXPECT_EQ(withLength(15), malformed);
+    EXPECT_EQ(withLength(16), malformed);
     const std::size_t map = bytes.find("plst", fork) - 30;
     const auto withMap = [&, &image = bytes](std::size_t offset, std::uint16_t number) {
         std::string changed = image;
         udif::put(changed, map + offset, number);
         return outcome(changed);
     };
+    std::string shortMap = bytes;
+    udif::put(shortMap, fork + 12, std::uint32_t{27});
+    EXPECT_EQ(outcome(shortMap), malformed) << "size of the map";
     EXPECT_EQ(withMap(24, 0xFFFF), malformed) << "place of the types";
     EXPECT_EQ(withMap(26, 0xFFFF), "image") << "place of the names";
     EXPECT_EQ(withMap(28, 0xFFFE), malformed) << "number of types";

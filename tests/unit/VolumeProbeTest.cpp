@@ -274,6 +274,81 @@ TEST(VolumeLandmarks, AreWithinTheVolumeAndFew) {
     }
 }
 
+// Where the first stretch begins that is neither the beginning nor the end; 0 without one.
+std::uint64_t firstDetail(const MemorySource& disk) {
+    for (const auto& stretch : platform::hdiutil::volumeLandmarks(disk)) {
+        if (stretch.offset != 0 && stretch.offset + stretch.length != disk.size()) {
+            return stretch.offset;
+        }
+    }
+    return 0;
+}
+
+TEST(VolumeLandmarks, OfNtfsCountInClustersOfEverySize) {
+    const auto withCluster = [](unsigned encoded) {
+        MemorySource disk(64 * megabyte);
+        disk.put(3, "NTFS    \0\2"sv);
+        disk.putLittle(13, encoded, 1);
+        disk.putLittle(48, 5, 8);
+        return firstDetail(disk);
+    };
+    EXPECT_EQ(withCluster(1), 5U * 512);
+    EXPECT_EQ(withCluster(128), 5U * 128 * 512);
+    EXPECT_EQ(withCluster(256 - 12), 5U * 4096 * 512);
+    EXPECT_EQ(withCluster(256 - 31), 0U);
+    EXPECT_EQ(withCluster(256 - 32), 0U);
+    EXPECT_EQ(withCluster(129), 0U);
+    EXPECT_EQ(withCluster(0), 0U);
+}
+
+TEST(VolumeLandmarks, OfExfatCountInClustersOfEverySize) {
+    const auto withShifts = [](unsigned sector, unsigned cluster) {
+        MemorySource disk(64 * megabyte);
+        disk.put(3, "EXFAT   ");
+        disk.putLittle(88, 100, 4); // sectors before the first cluster, which is the second
+        disk.putLittle(96, 3, 4);
+        disk.putLittle(108, sector, 1);
+        disk.putLittle(109, cluster, 1);
+        return firstDetail(disk);
+    };
+    EXPECT_EQ(withShifts(9, 3), (100U + 8) * 512);
+    EXPECT_EQ(withShifts(12, 5), (100U + 32) * 4096);
+    EXPECT_EQ(withShifts(13, 5), 0U);
+    EXPECT_EQ(withShifts(0, 25), 100U + (1U << 25U));
+    EXPECT_EQ(withShifts(0, 26), 0U);
+}
+
+TEST(VolumeLandmarks, OfHfsPlusEndWithTheCatalog) {
+    constexpr std::size_t block = 4096;
+    constexpr std::size_t extents = 1024 + 272 + 16;
+    const auto stretchesWithLeaf = [](std::uint32_t catalog, std::uint32_t leaf) {
+        MemorySource disk(64 * megabyte);
+        disk.put(1024, "HX"sv);
+        disk.putBig(1024 + 40, block, 4);
+        for (std::size_t i = 0; i < 8; ++i) {
+            disk.putBig(extents + 8 * i, catalog + i, 4);
+            disk.putBig(extents + 8 * i + 4, 1, 4);
+        }
+        disk.putBig(std::size_t{4000} * block + 14 + 10, leaf, 4);
+        disk.putBig(std::size_t{4000} * block + 14 + 18, block, 2);
+        return platform::hdiutil::volumeLandmarks(disk).size();
+    };
+    // The beginning, the end, the catalog, and its first leaf.
+    EXPECT_EQ(stretchesWithLeaf(4000, 0), 4U);
+    EXPECT_EQ(stretchesWithLeaf(4000, 7), 4U);
+    EXPECT_EQ(stretchesWithLeaf(4000, 8), 3U);
+    EXPECT_EQ(stretchesWithLeaf(4000, 0xFFFFFFFF), 3U);
+    EXPECT_EQ(stretchesWithLeaf(16384, 0), 2U);
+    MemorySource broken(64 * megabyte);
+    broken.put(1024, "H+"sv);
+    broken.putBig(1024 + 40, block, 4);
+    broken.putBig(extents, 4000, 4);
+    broken.putBig(extents + 4, 1, 4);
+    EXPECT_EQ(platform::hdiutil::volumeLandmarks(broken).size(), 4U);
+    broken.breakAt(4000 * block);
+    EXPECT_EQ(platform::hdiutil::volumeLandmarks(broken).size(), 3U);
+}
+
 TEST(VolumeKind, IsTheWordOfMacOS) {
     const auto kindOf = [](const char* type) { return volumeKind({type, "", "", true}); };
     EXPECT_EQ(kindOf("iso9660"), "cd9660");
