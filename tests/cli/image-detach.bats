@@ -85,3 +85,11 @@ all_there() {
     as_user detach /nowhere
     fails_because detach "No such file or directory"
 }
+
+@test "root has a folder for what is attached all the same" {
+    needs_root
+    capture env -u XDG_RUNTIME_DIR unshare --mount --propagation private \
+        sh -c 'mount -t tmpfs none /run; "$0" detach "$1"; ls /run/quillmere' "$HDIUTIL" "$box"
+    echo attached | stdout_is
+    said detach "not a mount point" | stderr_is
+}

@@ -69,6 +69,35 @@ print([(p["start"], p["size"]) for p in json.load(sys.stdin)["partitiontable"]["
     plist_is "document['partitions']['partitions'][0]['partition-filesystems']" "{'ext4': 'Sparse'}"
 }
 
+@test "a sparse image" {
+    truncate -s 8M fs.img
+    mkfs.ext4 -q -L Sparse fs.img
+    make_sparse_image fs.img x.sparseimage
+    info x.sparseimage
+    plist_is "document['Format'], document['Format Description']" "('UDSP', 'sparse disk image')"
+    plist_is "document['Total Bytes'], document['Compressed Bytes']" "(8388608, 8388608)"
+    plist_is "document['partitions']['partitions'][0]['partition-filesystems']" "{'ext4': 'Sparse'}"
+}
+
+@test "damaged sparse images and bundles" {
+    truncate -s 1M disk.img
+    make_sparse_image disk.img x.sparseimage
+    truncate -s 2000 x.sparseimage
+    hdiutil imageinfo x.sparseimage -plist
+    fails_because imageinfo "the header of the sparse image is cut off"
+    make_bundle disk.img x.sparsebundle
+    sed -i 's|<integer>1048576</integer>|<integer>0</integer>|' x.sparsebundle/Info.plist
+    hdiutil imageinfo x.sparsebundle -plist
+    fails_because imageinfo "the description of the sparse bundle is damaged"
+}
+
+@test "a raw image with a partition map of older Macs" {
+    make_tree
+    genisoimage -quiet -hfs -part -V MyDisc -o disc.img tree 2>/dev/null
+    info disc.img
+    plist_is "document['partitions']['partition-scheme']" Apple
+}
+
 @test "encrypted images are recognised and not opened" {
     { printf encrcdsa; head -c 5000 /dev/urandom; } >new.dmg
     { head -c 5000 /dev/urandom; printf cdsaencr; } >old.dmg
@@ -81,6 +110,20 @@ print([(p["start"], p["size"]) for p in json.load(sys.stdin)["partitiontable"]["
         fails_because attach "the image is encrypted"
     done
     nothing_left
+}
+
+@test "an image of an empty disk" {
+    : >disk.img
+    "$MAKE_UDIF" disk.img x.dmg zlib
+    info x.dmg
+    plist_is "document['Total Bytes'], document['Size Information']['Compressed Ratio']" "(0, 1.0)"
+}
+
+@test "what cannot be written is an error" {
+    truncate -s 1M disk.img
+    "$MAKE_UDIF" disk.img x.dmg zlib
+    capture bash -c 'exec "$0" imageinfo x.dmg -plist >/dev/full' "$HDIUTIL"
+    fails_because imageinfo "the output could not be written"
 }
 
 @test "what is no image" {

@@ -39,15 +39,8 @@ udif_image() {
     settle x.dmg
 }
 
-# The disk in one band.
 sparse_image() {
-    python3 - <<'END'
-import struct
-disk = open("fs.img", "rb").read()
-sectors = len(disk) // 512
-header = b"sprs" + struct.pack(">IIII", 3, sectors, 1, sectors)
-open("x.sparseimage", "wb").write((header.ljust(64, b"\0") + b"\0\0\0\1").ljust(4096, b"\0") + disk)
-END
+    make_sparse_image fs.img x.sparseimage
     settle x.sparseimage
 }
 

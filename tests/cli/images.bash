@@ -84,6 +84,19 @@ plistlib.dump({"diskimage-bundle-type": "com.apple.diskimage.sparsebundle", "ban
 END
 }
 
+# make_sparse_image DISK IMAGE: with the disk in one band.
+make_sparse_image() {
+    python3 - "$@" <<'END'
+import struct, sys
+with open(sys.argv[1], "rb") as file:
+    disk = file.read()
+sectors = len(disk) // 512
+header = b"sprs" + struct.pack(">IIII", 3, sectors, 1, sectors)
+with open(sys.argv[2], "wb") as file:
+    file.write((header.ljust(64, b"\0") + b"\0\0\0\1").ljust(4096, b"\0") + disk)
+END
+}
+
 # Nothing is attached, and nothing is left of what was.
 nothing_left() {
     local left

@@ -56,8 +56,10 @@ Opened openSparseImage(DiskImage image) {
     if (const auto* reason = std::get_if<std::string>(&opened)) {
         return *reason;
     }
+    const auto& sparse = std::get<std::shared_ptr<const SparseImage>>(opened);
     image.kind = Kind::sparseImage;
-    return withDisk(std::move(image), std::get<std::shared_ptr<const SparseImage>>(opened));
+    image.storedBytes = sparse->storedBytes();
+    return withDisk(std::move(image), sparse);
 }
 
 Opened openUdif(DiskImage image, UdifImage udif) {
