@@ -90,28 +90,29 @@ bool BinaryChecker::readTrailer() {
 }
 
 // An object whose length stands in the low half of its marker, or, when that is 15, in the
-// integer behind the marker.
+// integer behind the marker. All of it lies before the table.
 std::optional<Object> BinaryChecker::sizedObject(std::size_t at) const {
-    const auto marker = std::to_integer<unsigned>(m_bytes[at]);
+    const DataView objects = m_bytes.first(static_cast<std::size_t>(m_table));
+    const auto marker = std::to_integer<unsigned>(objects[at]);
     std::uint64_t length = marker & 0x0FU;
     std::size_t begin = at + 1;
     if (length == 0x0F) {
-        if (begin >= m_bytes.size()) {
+        if (begin >= objects.size()) {
             return std::nullopt;
         }
-        const auto integer = std::to_integer<unsigned>(m_bytes[begin]);
+        const auto integer = std::to_integer<unsigned>(objects[begin]);
         const std::size_t width = std::size_t{1} << (integer & 0x0FU);
-        if (integer >> 4U != 1 || width > 8 || width > m_bytes.size() - begin - 1) {
+        if (integer >> 4U != 1 || width > 8 || width > objects.size() - begin - 1) {
             return std::nullopt;
         }
-        length = bigEndian(m_bytes.subspan(begin + 1, width));
+        length = bigEndian(objects.subspan(begin + 1, width));
         begin += 1 + width;
     }
     const unsigned kind = marker >> 4U;
     const bool isContainer = kind >= 0xA;
     const std::uint64_t unit = isContainer ? m_referenceSize : (kind == 0x6 ? 2 : 1);
     const std::uint64_t factor = kind == 0xD ? 2 : 1; // keys, then values
-    if (length > (m_bytes.size() - begin) / unit / factor) {
+    if (length > (objects.size() - begin) / unit / factor) {
         return std::nullopt;
     }
     const bool isText = kind == 0x5 || kind == 0x6;
@@ -179,12 +180,11 @@ bool BinaryChecker::follow(Frame& frame) {
         return false;
     }
     const auto index = static_cast<std::size_t>(child);
-    switch (m_states[index].progress) {
-    case Progress::unseen: return open(index);
-    case Progress::open: return false; // a cycle
-    case Progress::done: return absorb(parent, index);
+    if (m_states[index].progress == Progress::unseen) {
+        return open(index);
     }
-    return false;
+    // Otherwise it is a cycle.
+    return m_states[index].progress == Progress::done && absorb(parent, index);
 }
 
 bool BinaryChecker::close(const Frame& frame) {

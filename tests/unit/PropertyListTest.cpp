@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "platform/PropertyList.h"
 
+#include "platform/linux/PropertyListGuard.h"
+
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -13,6 +15,7 @@ namespace {
 using platform::bytesOf;
 using platform::Data;
 using platform::PropertyList;
+using platform::PropertyListGuard::isSafeBinary;
 using Array = PropertyList::Array;
 using Dictionary = PropertyList::Dictionary;
 using Format = PropertyList::Format;
@@ -216,6 +219,33 @@ TEST(PropertyList, LengthsBeyondTheFileAreRefused) {
     for (const char marker : {'\x4F', '\x5F', '\x6F', '\xAF', '\xDF'}) {
         EXPECT_FALSE(parse(binary({std::string(1, marker).append(hugeLength)})));
     }
+}
+
+TEST(PropertyList, LengthsAreIntegersOfUpToEightBytes) {
+    EXPECT_EQ(parse(binary({std::string("\x5F\x10\3abc")})), PropertyList("abc"));
+    EXPECT_EQ(parse(binary({std::string("\x5F\x13\0\0\0\0\0\0\0\3abc", 13)})), PropertyList("abc"));
+    // Of sixteen bytes, and what is no integer.
+    const auto isSafe = [](const std::string& object) {
+        return isSafeBinary(bytesOf(binary({object})));
+    };
+    EXPECT_FALSE(isSafe(std::string("\x5F\x14").append(15, '\0').append("\3abc")));
+    EXPECT_FALSE(isSafe("\x5F\x50\3abc"));
+    EXPECT_FALSE(isSafe("\x5F\x20\3abc"));
+}
+
+// The table of offsets, of one byte each, could pass for what the last object lacks.
+TEST(PropertyList, ObjectsEndBeforeTheTable) {
+    const auto isSafe = [](std::string_view object, std::size_t place) {
+        const std::string objects = std::string("bplist00").append(place - 8, '\0').append(object);
+        std::string bytes = objects + static_cast<char>(place);
+        bytes.append(6, '\0').append("\1\1").append(bigEndian(1, 8)).append(bigEndian(0, 8));
+        return isSafeBinary(bytesOf(bytes.append(bigEndian(objects.size(), 8))));
+    };
+    EXPECT_TRUE(isSafe("\x4F\x10\1x", 16));
+    EXPECT_FALSE(isSafe("\x4F\x10\1", 16));
+    EXPECT_FALSE(isSafe("\x4F\x10", 16));
+    EXPECT_FALSE(isSafe("\x4F", 16));
+    EXPECT_FALSE(isSafe("\x41", 16));
 }
 
 TEST(PropertyList, ReferencesToNothingAreRefused) {
