@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Apple partition maps that no tool would write.
 #include "platform/linux/hdiutil/PartitionMap.h"
-
 #include "tests/unit/support/MemorySource.h"
 #include "tests/unit/support/PartitionPlaces.h"
 

@@ -200,8 +200,12 @@ TEST(PropertyList, ManySiblingsAreNoNesting) {
 }
 
 TEST(PropertyList, CyclesAreRefused) {
-    EXPECT_FALSE(parse(binary({std::string("\xA1\0", 2)})));
-    EXPECT_FALSE(parse(binary({"\xA1\1", std::string("\xA1\0", 2)})));
+    const std::string toTheFirst("\xA1\0", 2);
+    for (const std::string& bytes : {binary({toTheFirst}), binary({"\xA1\1", toTheFirst})}) {
+        EXPECT_FALSE(parse(bytes));
+        // Also by ours alone, whatever the library makes of it.
+        EXPECT_FALSE(isSafeBinary(bytesOf(bytes)));
+    }
 }
 
 TEST(PropertyList, ValuesThatGrowOutOfProportionAreRefused) {

@@ -23,8 +23,8 @@ TEST(UdisksPaths, AreOfLettersAndDigitsOnly) {
 TEST(UdisksPaths, LeadToLoopDevicesOnly) {
     EXPECT_EQ(loopDeviceOf(devices + "loop0"), "/dev/loop0");
     EXPECT_EQ(loopDeviceOf(devices + "loop4711"), "/dev/loop4711");
-    for (const char* const name :
-         {"", "loop", "loo", "sda1", "loop7p1", "loop7_2f", "loop-1", "loop7/..", "xloop7", "loop7 "}) {
+    for (const char* const name : {"", "loop", "loo", "sda1", "loop7p1", "loop7_2f", "loop-1",
+                                   "loop7/..", "xloop7", "loop7 "}) {
         EXPECT_EQ(loopDeviceOf(devices + name), std::nullopt) << name;
     }
     EXPECT_EQ(loopDeviceOf("/dev/loop7"), std::nullopt);

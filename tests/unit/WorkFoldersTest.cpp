@@ -35,7 +35,8 @@ TEST(WorkFolders, AreNotWhereOthersCouldHavePutThem) {
         errno = 0;
         return !WorkFolders::records() && errno == reason;
     };
-    for (const auto who : {std::filesystem::perms::group_write, std::filesystem::perms::others_write}) {
+    for (const auto who :
+         {std::filesystem::perms::group_write, std::filesystem::perms::others_write}) {
         std::filesystem::permissions(ours, std::filesystem::perms::owner_all | who);
         EXPECT_TRUE(isRefused(EPERM));
     }
