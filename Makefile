@@ -59,8 +59,8 @@ coverage:
 	@packaging/install-packages build test coverage
 	cmake --preset coverage
 	cmake --build --preset coverage
-	find build/coverage -name '*.gcda' -delete
-	-ctest --preset coverage
+	tests/coverage --begin build/coverage
+	ctest --preset coverage
 	tests/coverage build/coverage
 
 tidy:
