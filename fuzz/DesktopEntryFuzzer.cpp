@@ -7,8 +7,8 @@ using platform::DesktopEntry;
 
 namespace {
 
-// One word, quoted as Exec lines are.
-std::string quoted(std::string_view word) {
+// One word, as Exec lines quote it.
+std::string inQuotes(std::string_view word) {
     std::string result(1, '"');
     for (const char c : word) {
         if (std::string_view("\"`$\\").find(c) != std::string_view::npos) {
@@ -33,7 +33,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // What was read survives being written and read again.
     std::string line;
     for (const std::string& word : *words) {
-        line.append(quoted(word)).append(1, ' ');
+        line.append(inQuotes(word)).append(1, ' ');
     }
     fuzzing::require(DesktopEntry::words(line) == words);
     return 0;
