@@ -42,8 +42,13 @@ attach_by_copy() {
     vfat_image ab.img other
     attach_by_copy 'a?.img' "$PATH"
     succeeds
-    [ "$(ls "$(mount_point)")" = one ]
-    detaches "$(mount_point)"
+    local point
+    point=$(mount_point)
+    [ "$(ls "$point")" = one ]
+    attach_by_copy 'a?.img' "$PATH"
+    succeeds
+    [ "$(mount_point)" = "$point" ] || complain "it was copied a second time"
+    detaches "$point"
     nothing_left
 }
 

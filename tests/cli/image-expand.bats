@@ -64,6 +64,38 @@ END
     mounts_as x.sparsebundle tree
 }
 
+@test "a sparse bundle that cannot be expanded leaves nothing behind" {
+    make_tree
+    head -c 2M /dev/urandom >tree/more
+    truncate -s 8M fs.img
+    mkfs.ext4 -q -d tree fs.img
+    make_bundle fs.img x.sparsebundle
+    capture prlimit --fsize=4000000 env -- "$HDIUTIL" attach x.sparsebundle -plist -noverify
+    fails_because attach "File too large"
+    nothing_left
+    rm -f x.sparsebundle/bands/3
+    mkdir x.sparsebundle/bands/3
+    attach x.sparsebundle
+    fails_because attach "the image is damaged"
+    nothing_left
+}
+
+@test "a sparse bundle that there is no room for is refused" {
+    needs_root
+    make_tree
+    head -c 2M /dev/urandom >tree/more
+    truncate -s 8M fs.img
+    mkfs.ext4 -q -d tree fs.img
+    make_bundle fs.img x.sparsebundle
+    mkdir -p "$XDG_CACHE_HOME"
+    mount -t tmpfs -o size=1m,mode=700 none "$XDG_CACHE_HOME"
+    attach x.sparsebundle
+    fails_because attach "No space left on device"
+    [ -z "$(find "$XDG_CACHE_HOME/quillmere/disks" -mindepth 1)" ]
+    umount "$XDG_CACHE_HOME"
+    nothing_left
+}
+
 @test "damaged UDIF images are refused and leave nothing behind" {
     make_tree
     truncate -s 8M fs.img
