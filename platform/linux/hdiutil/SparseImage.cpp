@@ -109,15 +109,15 @@ bool SparseImage::read(std::uint64_t offset, std::span<std::byte> buffer) const 
 
 // Of a band that is cut off, the end counts as data, so that it is read, and missed.
 std::uint64_t SparseImage::nextData(std::uint64_t offset) const {
-    auto band = m_bands.begin();
     return nextDataInBands(
         m_bandSize, offset, m_size,
-        [&](std::uint64_t number) {
-            band = m_bands.lower_bound(number);
+        [this](std::uint64_t number) {
+            const auto band = m_bands.lower_bound(number);
             return band == m_bands.end() ? std::nullopt : std::optional(band->first);
         },
-        [&](std::uint64_t, std::uint64_t inside) {
-            return std::max(inside, m_file->nextData(band->second + inside) - band->second);
+        [this](std::uint64_t number, std::uint64_t inside) {
+            const std::uint64_t place = m_bands.at(number);
+            return std::max(inside, m_file->nextData(place + inside) - place);
         });
 }
 
