@@ -16,7 +16,9 @@
 #   make tidy                    clang-tidy with all of its checks
 
 ARGS ?= info README.md
-PREFIX ?= /usr/local
+# By the name that GNU makefiles give it, or by the one that most others do.
+prefix = /usr/local
+PREFIX ?= $(prefix)
 BUILD := build/release
 
 .PHONY: all build run test bench soak fuzz coverage tidy install deb docs pictures format clean
