@@ -100,3 +100,13 @@ END
     # With ICU's data it would be thirty times as large.
     [ "$(stat -c %s "$LIBRARY")" -lt 8000000 ] || [ "$BUILD_TYPE" != Release ]
 }
+
+@test "make installs below the prefix, by either of its names" {
+    local given
+    for given in PREFIX=/somewhere prefix=/somewhere; do
+        env -u MAKEFLAGS -u PREFIX make -n -C "$SOURCE" install "$given" |
+            grep -qF -- "-DCMAKE_INSTALL_PREFIX=/somewhere " || complain "$given is not honoured"
+    done
+    env -u MAKEFLAGS -u PREFIX make -n -C "$SOURCE" install |
+        grep -qF -- "-DCMAKE_INSTALL_PREFIX=/usr/local "
+}
